@@ -354,7 +354,7 @@ std::string DeckJson::encode(const Deck& deck) {
     return toJson(deck).dump(2, ' ', false, json::error_handler_t::replace) + "\n";
 }
 
-Result<Deck> DeckJson::decode(const json& document) {
+Result<Deck> DeckJson::fromJson(const json& document) {
     try {
         return readDeck(document);
     } catch (const JsonReadFailure& failure) {
@@ -366,15 +366,16 @@ Result<Deck> DeckJson::decode(std::string_view bytes) {
     json document;
     try {
         document = json::parse(bytes);
-    } catch (const json::parse_error& e) {
-        // "[json.exception.parse_error.101] parse error at line 1, column 2: ..."
+    } catch (const json::exception& e) {
+        // "[json.exception.parse_error.101] parse error at line 1, column 2: ...",
+        // or out_of_range for a number too large for a double.
         std::string what = e.what();
         if (auto end = what.find("] "); what.rfind("[json.exception", 0) == 0 && end != std::string::npos) {
             what.erase(0, end + 2);
         }
         return Error{"Not valid JSON: " + what, ErrorKind::decoding};
     }
-    return decode(document);
+    return fromJson(document);
 }
 
 bool DeckJson::isWebAddress(std::string_view url) {

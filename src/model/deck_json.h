@@ -17,7 +17,7 @@ class DeckJson {
 public:
     // A failed read says where and what, e.g. "slides[3].id: not a UUID".
     static Result<Deck> decode(std::string_view bytes);
-    static Result<Deck> decode(const nlohmann::json& document);
+    static Result<Deck> fromJson(const nlohmann::json& document);
     // Pretty-printed, sorted keys, ending with a newline.
     static std::string encode(const Deck& deck);
 

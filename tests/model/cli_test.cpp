@@ -1,0 +1,123 @@
+// Runs the real lectern-cli binary on packages made in a temporary folder.
+#include <gtest/gtest.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include "model/deck_json.h"
+#include "model/deck_package.h"
+#include "support/deck_fixtures.h"
+#include "support/temp_dir.h"
+
+namespace lectern {
+namespace {
+
+namespace fs = std::filesystem;
+using nlohmann::json;
+using testing::fakePng;
+using testing::imageSlide;
+using testing::listFolder;
+using testing::readText;
+using testing::TempDir;
+using testing::writeText;
+
+struct CliRun {
+    int status = -1;
+    std::string out;
+    std::string err;
+};
+
+CliRun runCli(const std::vector<std::string>& arguments) {
+    TempDir capture;
+    fs::path outFile = capture / "out";
+    fs::path errFile = capture / "err";
+    pid_t child = ::fork();
+    if (child == 0) {
+        std::vector<char*> argv{const_cast<char*>(LECTERN_CLI_PATH)};
+        for (const auto& a : arguments) argv.push_back(const_cast<char*>(a.c_str()));
+        argv.push_back(nullptr);
+        if (!std::freopen(outFile.c_str(), "w", stdout) || !std::freopen(errFile.c_str(), "w", stderr)) ::_exit(99);
+        ::execv(LECTERN_CLI_PATH, argv.data());
+        ::_exit(98);
+    }
+    CliRun run;
+    int status = 0;
+    ::waitpid(child, &status, 0);
+    run.status = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+    run.out = readText(outFile);
+    run.err = readText(errFile);
+    return run;
+}
+
+// Every file below the folder with its modification time, to show nothing changed.
+std::map<std::string, fs::file_time_type> snapshot(const fs::path& folder) {
+    std::map<std::string, fs::file_time_type> files;
+    for (const auto& entry : fs::recursive_directory_iterator(folder)) {
+        files[entry.path().string()] = fs::symlink_status(entry.path()).type() == fs::file_type::directory
+                                           ? fs::file_time_type{}
+                                           : entry.last_write_time();
+    }
+    return files;
+}
+
+TEST(LecternCliDump, PrintsWhatSavingWouldWriteAndTouchesNothing) {
+    TempDir dir;
+    fs::path path = dir / "Talk.lectern";
+    fs::create_directories(path / "media");
+    auto png = fakePng(9);
+    // Inline image data and an old layout name: the dump shows the current form.
+    json document = {{"id", "0F2D3C9A-1B4E-4A5F-9C8D-7E6F5A4B3C2D"},
+                     {"slides",
+                      {{{"id", "A1B2C3D4-E5F6-4789-ABCD-EF0123456789"},
+                        {"layout", "webLeft"},
+                        {"url", "https://example.com"},
+                        {"imageData", DeckJson::toJson(imageSlide(png))["imageData"]}}}}};
+    writeText(path / "deck.json", document.dump());
+    auto before = snapshot(dir.path());
+
+    CliRun run = runCli({"dump", path.string()});
+    EXPECT_EQ(run.status, 0) << run.err;
+    EXPECT_EQ(run.err, "");
+    EXPECT_EQ(snapshot(dir.path()), before);
+    EXPECT_EQ(listFolder(path / "media"), std::vector<std::string>{});
+
+    json dumped = json::parse(run.out);
+    EXPECT_EQ(dumped["schemaVersion"], 3);
+    EXPECT_EQ(dumped["slides"][0]["layout"], "web");
+    EXPECT_EQ(dumped["slides"][0]["position"], "left");
+    EXPECT_EQ(dumped["slides"][0]["imageFile"], DeckPackage::mediaName(png.span()));
+    EXPECT_FALSE(dumped["slides"][0].contains("imageData"));
+
+    // Saving writes exactly what the dump showed.
+    ASSERT_TRUE(DeckPackage::write(*DeckPackage::read(path), path, path).ok());
+    EXPECT_EQ(readText(path / "deck.json"), run.out);
+}
+
+TEST(LecternCliDump, DecksThatDoNotOpenPrintOneLineAndExitWithTwo) {
+    TempDir dir;
+    writeText(dir / "File.lectern", "{}");
+    fs::create_directories(dir / "Broken.lectern");
+    writeText(dir / "Broken.lectern" / "deck.json", R"({"id": "A1B2C3D4-E5F6-4789-ABCD-EF0123456789", "slides": [{"id": 5}]})");
+    fs::create_directories(dir / "Empty.lectern");
+
+    for (const auto& [name, reason] : std::vector<std::pair<std::string, std::string>>{
+             {"File.lectern", "isn\u2019t in the correct format"},
+             {"Broken.lectern", "slides[0].id: not a UUID"},
+             {"Empty.lectern", "deck.json"},
+             {"Missing.lectern", "no such file"}}) {
+        CliRun run = runCli({"dump", (dir / name).string()});
+        EXPECT_EQ(run.status, 2) << name;
+        EXPECT_EQ(run.out, "") << name;
+        EXPECT_EQ(std::count(run.err.begin(), run.err.end(), '\n'), 1) << run.err;
+        EXPECT_NE(run.err.find(name), std::string::npos) << run.err;
+        EXPECT_NE(run.err.find(reason), std::string::npos) << run.err;
+    }
+    EXPECT_FALSE(fs::exists(dir / "Missing.lectern"));
+    EXPECT_EQ(listFolder(dir / "Empty.lectern"), std::vector<std::string>{});
+
+    CliRun usage = runCli({"dump"});
+    EXPECT_EQ(usage.status, 2);
+    EXPECT_NE(usage.err.find("Usage"), std::string::npos);
+}
+
+}  // namespace
+}  // namespace lectern
