@@ -121,3 +121,37 @@ TEST(LecternCliDump, DecksThatDoNotOpenPrintOneLineAndExitWithTwo) {
 
 }  // namespace
 }  // namespace lectern
+
+namespace lectern {
+namespace {
+
+// The first deck a user sees opens, is stored in the current form, and shows
+// every layout with working card routes and pictures.
+TEST(WelcomeDeck, OpensCompleteAndInTheCurrentForm) {
+    fs::path path = fs::path(LECTERN_EXAMPLES_DIR) / "Welcome.lectern";
+    CliRun run = runCli({"dump", path.string()});
+    ASSERT_EQ(run.status, 0) << run.err;
+    EXPECT_EQ(run.out, readText(path / "deck.json"));
+
+    auto deck = DeckPackage::read(path);
+    ASSERT_TRUE(deck.ok());
+    std::set<SlideLayout> layouts;
+    bool reveals = false, picture = false, section = false, notes = false;
+    for (const auto& slide : deck->slides) {
+        layouts.insert(slide.layout);
+        reveals |= slide.reveal == RevealMode::reveal;
+        picture |= slide.imageData.has_value();
+        section |= slide.isSection;
+        notes |= !slide.notes.empty();
+        for (const auto& link : slide.links) {
+            auto target = Uuid::parse(link.targetId);
+            EXPECT_TRUE(target && deck->indexOfSlide(*target)) << "card " << link.label << " leads nowhere";
+        }
+        if (slide.layout == SlideLayout::web) EXPECT_TRUE(slide.url) << slide.title;
+    }
+    EXPECT_EQ(layouts.size(), allCases<SlideLayout>().size());
+    EXPECT_TRUE(reveals && picture && section && notes);
+}
+
+}  // namespace
+}  // namespace lectern
