@@ -147,7 +147,9 @@ TEST(WelcomeDeck, OpensCompleteAndInTheCurrentForm) {
             auto target = Uuid::parse(link.targetId);
             EXPECT_TRUE(target && deck->indexOfSlide(*target)) << "card " << link.label << " leads nowhere";
         }
-        if (slide.layout == SlideLayout::web) EXPECT_TRUE(slide.url) << slide.title;
+        if (slide.layout == SlideLayout::web) {
+            EXPECT_TRUE(slide.url) << slide.title;
+        }
     }
     EXPECT_EQ(layouts.size(), allCases<SlideLayout>().size());
     EXPECT_TRUE(reveals && picture && section && notes);
