@@ -225,7 +225,17 @@ Status DeckPackage::write(const Deck& deck, const fs::path& destinationPath,
     std::string pattern = (parent / (temporaryPrefix(destination) + "XXXXXX")).string();
     if (!::mkdtemp(pattern.data())) return writeError(destination, errno);
     const fs::path fresh = pattern;
-    ::chmod(fresh.c_str(), 0755);
+    // The new package gets the old one's permissions, or the usual ones for a new folder.
+    struct stat info{};
+    mode_t mode = 0;
+    if (::stat(destination.c_str(), &info) == 0 && S_ISDIR(info.st_mode)) {
+        mode = info.st_mode & 07777;
+    } else {
+        mode_t mask = ::umask(0);
+        ::umask(mask);
+        mode = 0777 & ~mask;
+    }
+    ::chmod(fresh.c_str(), mode);
     auto failed = [&](Status status) {
         std::error_code ignored;
         fs::remove_all(fresh, ignored);

@@ -53,6 +53,19 @@ struct Slide {
         return slide;
     }
 
+    // Shows new image bytes. The stored file name is cleared, so a save never
+    // files the new picture under the old picture's name.
+    void setImage(SharedBytes bytes, std::optional<std::string> name) {
+        imageData = std::move(bytes);
+        imageFile.reset();
+        imageName = std::move(name);
+    }
+    void removeImage() {
+        imageData.reset();
+        imageFile.reset();
+        imageName.reset();
+    }
+
     // The section this slide belongs to: its own id when it opens one.
     std::optional<Uuid> sectionKey() const { return isSection ? std::optional(id) : sectionId; }
 

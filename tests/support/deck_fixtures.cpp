@@ -37,8 +37,7 @@ SharedBytes fakeJpeg(std::uint32_t seed, std::size_t size) {
 Slide imageSlide(const SharedBytes& bytes, std::string title) {
     Slide slide = Slide::make(SlideLayout::image);
     slide.title = std::move(title);
-    slide.imageData = bytes;
-    slide.imageName = "Picture.png";
+    slide.setImage(bytes, "Picture.png");
     return slide;
 }
 
