@@ -214,7 +214,14 @@ std::string DeckPackage::encodeForSaving(const Deck& deck, const fs::path& packa
 
 Status DeckPackage::write(const Deck& deck, const fs::path& destinationPath,
                           const std::optional<fs::path>& existingPath, const DeckPreviewMaker& previews) {
-    const fs::path destination = fs::absolute(destinationPath).lexically_normal();
+    fs::path destination = fs::absolute(destinationPath).lexically_normal();
+    if (!destination.has_filename()) destination = destination.parent_path();  // "Talk.lectern/"
+    std::error_code linkError;
+    if (fs::is_symlink(destination, linkError)) {
+        // Save through a link into the package it points at, keeping the link.
+        fs::path target = fs::canonical(destination, linkError);
+        if (!linkError) destination = target;
+    }
     const fs::path parent = destination.parent_path();
     std::optional<fs::path> existing;
     if (existingPath && isDirectoryNoFollow(*existingPath)) existing = *existingPath;

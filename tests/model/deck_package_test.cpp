@@ -238,6 +238,18 @@ TEST(DeckPackageWrite, SaveAsCarriesMembersAndLeavesTheOriginal) {
     EXPECT_EQ(DeckPackage::read(dir / "B.lectern")->title, "Copy");
     EXPECT_FALSE(DeckPackage::read(dir / "A.lectern")->title);
     EXPECT_EQ(DeckPackage::read(dir / "B.lectern")->slides[0].imageData, fakePng(4));
+
+    // Written with a trailing slash, or through a link to it, the package is
+    // still replaced in place.
+    opened->title = "Slash";
+    ASSERT_TRUE(DeckPackage::write(*opened, (dir / "B.lectern").string() + "/", dir / "B.lectern").ok());
+    EXPECT_EQ(DeckPackage::read(dir / "B.lectern")->title, "Slash");
+    fs::create_directory_symlink("B.lectern", dir / "Link.lectern");
+    opened->title = "Linked";
+    ASSERT_TRUE(DeckPackage::write(*opened, dir / "Link.lectern", dir / "Link.lectern").ok());
+    EXPECT_TRUE(fs::is_symlink(dir / "Link.lectern"));
+    EXPECT_EQ(DeckPackage::read(dir / "B.lectern")->title, "Linked");
+    EXPECT_EQ(listFolder(dir.path()), (std::vector<std::string>{"A.lectern", "B.lectern", "Link.lectern"}));
 }
 
 TEST(DeckPackageWrite, AFailedSaveLeavesNothingBehind) {
