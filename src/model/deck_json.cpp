@@ -40,7 +40,9 @@ SlideActionKind readKind(const json& value, const std::string& path) {
     JsonObjectReader r(value, path);
     static const char* const invalidCount = "Invalid number of keys found, expected one.";
     if (value.size() != 1) throw JsonReadFailure(path, invalidCount);
-    const auto& [key, payload] = *value.items().begin();
+    auto only = value.begin();
+    const std::string& key = only.key();
+    const json& payload = only.value();
     if (key == "apiRequest") {
         JsonObjectReader p(payload, r.pathOf(key));
         const json* request = p.find("_0");

@@ -78,7 +78,10 @@ Status syncTree(const fs::path& directory) {
 }
 
 std::string temporaryPrefix(const fs::path& destination) {
-    return "." + destination.filename().string() + ".saving-";
+    std::string prefix(".");
+    prefix += destination.filename().string();
+    prefix += ".saving-";
+    return prefix;
 }
 
 // Removes what earlier saves left behind when they were interrupted.

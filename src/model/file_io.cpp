@@ -96,7 +96,10 @@ Status replaceFileAtomically(const fs::path& path, std::string_view bytes) {
     fs::path directory = path.parent_path();
     std::error_code ec;
     fs::create_directories(directory, ec);
-    std::string pattern = (directory / ("." + path.filename().string() + ".XXXXXX")).string();
+    std::string name(".");
+    name += path.filename().string();
+    name += ".XXXXXX";
+    std::string pattern = (directory / name).string();
     int fd = ::mkstemp(pattern.data());
     if (fd < 0) return writeError(path, errno);
     FileDescriptor file(fd);

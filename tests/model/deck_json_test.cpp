@@ -245,6 +245,14 @@ TEST(DeckJsonRead, ActionsCurrentForm) {
 }
 
 TEST(DeckJsonRead, ActionsOlderKindObject) {
+    // Decoded from text too: the single key is read from the parsed object
+    // itself, not from a temporary view of it.
+    auto fromText = DeckJson::decode(std::string_view(
+        R"({"id":"0F2D3C9A-1B4E-4A5F-9C8D-7E6F5A4B3C2D","slides":[{"id":"A1B2C3D4-E5F6-4789-ABCD-EF0123456789",)"
+        R"("actions":[{"kind":{"pageScript":{"_0":"x"}}}]}]})"));
+    ASSERT_TRUE(fromText.ok());
+    EXPECT_EQ(fromText->slides[0].actions[0].script, "x");
+
     SlideAction script = readAction({{"kind", {{"pageScript", {{"_0", "document.title"}}}}}});
     EXPECT_EQ(script.kindCase, SlideActionKindCase::pageScript);
     EXPECT_EQ(script.script, "document.title");
