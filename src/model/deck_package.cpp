@@ -10,6 +10,7 @@
 #include <cerrno>
 #include <cstring>
 
+#include "model/body_lines.h"
 #include "model/deck_json.h"
 #include "model/digests.h"
 #include "model/file_io.h"
@@ -198,6 +199,7 @@ DeckPackage::WritePlan DeckPackage::plan(const Deck& deck, const std::set<std::s
     WritePlan plan{deck, {}, {}};
     std::set<std::string> held = heldMedia;
     for (auto& slide : plan.stored.slides) {
+        slide.body = trimmedBlankLines(slide.body);
         if (slide.imageData) {
             std::string name = slide.imageFile && isValidMediaName(*slide.imageFile) && held.contains(*slide.imageFile)
                                    ? *slide.imageFile

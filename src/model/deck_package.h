@@ -52,7 +52,8 @@ public:
 
     // What writing the deck over a package whose media/ holds `heldMedia`
     // does: the deck as it goes into deck.json (images moved out to their
-    // media names) and the image files to add.
+    // media names, bodies without leading and trailing blank lines) and the
+    // image files to add.
     struct WritePlan {
         Deck stored;
         std::map<std::string, SharedBytes> newMedia;

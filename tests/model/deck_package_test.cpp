@@ -261,6 +261,29 @@ TEST(DeckPackageWrite, AFailedSaveLeavesNothingBehind) {
     EXPECT_EQ(listFolder(dir.path()), std::vector<std::string>{});
 }
 
+TEST(DeckPackageWrite, BodiesLoseLeadingAndTrailingBlankLines) {
+    TempDir dir;
+    fs::path path = dir / "Talk.lectern";
+    Deck deck;
+    SlideBodyAttributes bold;
+    bold.inlineIntent = inline_intent::stronglyEmphasized;
+    Slide padded = Slide::make(SlideLayout::regular);
+    padded.body.append("\n \t\n");
+    padded.body.append("Only line", bold);
+    padded.body.append("\n\n  \n");
+    Slide inner = Slide::make(SlideLayout::regular);
+    inner.body = AttributedText("First\n\n\nLast");
+    Slide blanks = Slide::make(SlideLayout::regular);
+    blanks.body = AttributedText(" \n\t\n");
+    deck.slides = {padded, inner, blanks};
+    ASSERT_TRUE(DeckPackage::write(deck, path, std::nullopt).ok());
+    auto opened = DeckPackage::read(path);
+    ASSERT_TRUE(opened.ok());
+    EXPECT_EQ(opened->slides[0].body, AttributedText("Only line", bold));
+    EXPECT_EQ(opened->slides[1].body, inner.body);  // blank lines inside stay
+    EXPECT_TRUE(opened->slides[2].body.empty());
+}
+
 TEST(DeckPackageWrite, EncodeForSavingMatchesWhatIsWritten) {
     TempDir dir;
     fs::path path = dir / "Talk.lectern";

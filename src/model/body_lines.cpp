@@ -1,5 +1,6 @@
-#include "slides/body_lines.h"
+#include "model/body_lines.h"
 
+#include <algorithm>
 #include <limits>
 
 namespace lectern {
@@ -55,6 +56,16 @@ ListMarker listMarkerOf(std::string_view line) {
         marker.number = number;
     }
     return marker;
+}
+
+AttributedText trimmedBlankLines(const AttributedText& body) {
+    std::string_view text = body.string();
+    auto lines = splitLines(text);
+    auto blank = [&](const BodyLine& line) { return isBlankLine(text.substr(line.begin, line.length())); };
+    auto first = std::find_if_not(lines.begin(), lines.end(), blank);
+    if (first == lines.end()) return {};
+    auto last = std::find_if_not(lines.rbegin(), lines.rend(), blank);
+    return body.slice(first->begin, last->end);
 }
 
 }  // namespace lectern
