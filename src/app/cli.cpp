@@ -4,6 +4,7 @@
 #include <ostream>
 
 #include "model/deck_package.h"
+#include "present/deck_outline.h"
 
 namespace lectern {
 
@@ -11,16 +12,34 @@ namespace {
 
 constexpr int exitError = 2;
 
-const char* const usage = "Usage: lectern-cli dump DECK";
+const char* const usage = "Usage: lectern-cli dump DECK | outline DECK [--json]";
 
-// Prints the deck.json that saving the deck would write; touches nothing.
-int dump(const std::filesystem::path& package, std::ostream& out, std::ostream& err) {
+std::optional<Deck> open(const std::filesystem::path& package, std::ostream& err) {
     auto deck = DeckPackage::read(package);
     if (!deck) {
         err << package.string() << ": " << deck.error().message << "\n";
-        return exitError;
+        return std::nullopt;
     }
+    return std::move(deck).value();
+}
+
+// Prints the deck.json that saving the deck would write; touches nothing.
+int dump(const std::filesystem::path& package, std::ostream& out, std::ostream& err) {
+    auto deck = open(package, err);
+    if (!deck) return exitError;
     out << DeckPackage::encodeForSaving(*deck, package);
+    return 0;
+}
+
+// Prints the talk as the presenter will step through it.
+int outline(const std::filesystem::path& package, bool asJson, std::ostream& out, std::ostream& err) {
+    auto deck = open(package, err);
+    if (!deck) return exitError;
+    if (asJson) {
+        out << DeckOutline::json(*deck).dump(2, ' ', false, nlohmann::json::error_handler_t::replace) << "\n";
+    } else {
+        out << DeckOutline::text(*deck);
+    }
     return 0;
 }
 
@@ -28,6 +47,11 @@ int dump(const std::filesystem::path& package, std::ostream& out, std::ostream& 
 
 int runCli(const std::vector<std::string>& arguments, std::ostream& out, std::ostream& err) {
     if (arguments.size() == 2 && arguments[0] == "dump") return dump(arguments[1], out, err);
+    if (arguments.size() == 2 && arguments[0] == "outline") return outline(arguments[1], false, out, err);
+    if (arguments.size() == 3 && arguments[0] == "outline") {
+        if (arguments[1] == "--json") return outline(arguments[2], true, out, err);
+        if (arguments[2] == "--json") return outline(arguments[1], true, out, err);
+    }
     err << usage << "\n";
     return exitError;
 }

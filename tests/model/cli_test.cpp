@@ -114,6 +114,11 @@ TEST(LecternCliDump, DecksThatDoNotOpenPrintOneLineAndExitWithTwo) {
     EXPECT_FALSE(fs::exists(dir / "Missing.lectern"));
     EXPECT_EQ(listFolder(dir / "Empty.lectern"), std::vector<std::string>{});
 
+    CliRun outline = runCli({"outline", (dir / "Broken.lectern").string(), "--json"});
+    EXPECT_EQ(outline.status, 2);
+    EXPECT_EQ(outline.out, "");
+    EXPECT_NE(outline.err.find("slides[0].id: not a UUID"), std::string::npos);
+
     CliRun usage = runCli({"dump"});
     EXPECT_EQ(usage.status, 2);
     EXPECT_NE(usage.err.find("Usage"), std::string::npos);
@@ -152,6 +157,14 @@ TEST(WelcomeDeck, OpensCompleteAndInTheCurrentForm) {
         }
     }
     EXPECT_EQ(layouts.size(), allCases<SlideLayout>().size());
+
+    // The outline of the same deck, in both forms.
+    CliRun text = runCli({"outline", path.string()});
+    EXPECT_EQ(text.status, 0);
+    EXPECT_NE(text.out.find("01  "), std::string::npos);
+    CliRun outline = runCli({"outline", "--json", path.string()});
+    ASSERT_EQ(outline.status, 0) << outline.err;
+    EXPECT_EQ(json::parse(outline.out)["slides"].size(), deck->slides.size());
     EXPECT_TRUE(reveals && picture && section && notes);
 }
 
