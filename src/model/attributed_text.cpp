@@ -43,13 +43,13 @@ const SlideBodyAttributes& AttributedText::attributesAt(std::size_t offset) cons
     return spans_.back().attributes;
 }
 
-void AttributedText::append(std::string_view text, const SlideBodyAttributes& attributes) {
+void AttributedText::append(std::string_view text, SlideBodyAttributes attributes) {
     if (text.empty()) return;
     text_.append(text);
     if (!spans_.empty() && spans_.back().attributes == attributes) {
         spans_.back().length += text.size();
     } else {
-        spans_.push_back({text.size(), attributes});
+        spans_.push_back({text.size(), std::move(attributes)});
     }
 }
 
@@ -89,14 +89,16 @@ void AttributedText::normalize() {
 }
 
 void AttributedText::replace(std::size_t begin, std::size_t end, std::string_view text,
-                             const SlideBodyAttributes& attributes) {
+                             SlideBodyAttributes attributes) {
     end = std::min(end, text_.size());
     begin = std::min(begin, end);
     std::size_t first = splitAt(begin);
     std::size_t last = splitAt(end);
     spans_.erase(spans_.begin() + static_cast<std::ptrdiff_t>(first),
                  spans_.begin() + static_cast<std::ptrdiff_t>(last));
-    if (!text.empty()) spans_.insert(spans_.begin() + static_cast<std::ptrdiff_t>(first), {text.size(), attributes});
+    if (!text.empty()) {
+        spans_.insert(spans_.begin() + static_cast<std::ptrdiff_t>(first), {text.size(), std::move(attributes)});
+    }
     text_.replace(begin, end - begin, text);
     normalize();
 }

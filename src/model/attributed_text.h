@@ -78,11 +78,12 @@ public:
     // Attributes of the character at offset (offset < size()).
     const SlideBodyAttributes& attributesAt(std::size_t offset) const;
 
-    void append(std::string_view text, const SlideBodyAttributes& attributes = {});
+    // Attributes are taken by value: callers may pass attributes of this very
+    // text (attributesAt), which the edit would otherwise invalidate.
+    void append(std::string_view text, SlideBodyAttributes attributes = {});
     void append(const AttributedText& other);
     // Replaces [begin, end) by text carrying the given attributes.
-    void replace(std::size_t begin, std::size_t end, std::string_view text,
-                 const SlideBodyAttributes& attributes = {});
+    void replace(std::size_t begin, std::size_t end, std::string_view text, SlideBodyAttributes attributes = {});
     // Applies change to the attributes of every run within [begin, end).
     void modifyAttributes(std::size_t begin, std::size_t end,
                           const std::function<void(SlideBodyAttributes&)>& change);

@@ -65,6 +65,10 @@ TEST(AttributedText, ReplaceAndSliceKeepNeighbouringRuns) {
     text.replace(1, 4, "");
     EXPECT_EQ(text.runs(), (std::vector<AttributedRun>{{"a", bold()}, {"d", {}}}));
     EXPECT_EQ(text.slice(0, 1), AttributedText("a", bold()));
+    // Attributes of the text itself may be passed in, though the edit moves them.
+    text.replace(0, 0, "b", text.attributesAt(0));
+    EXPECT_EQ(text.runs(), (std::vector<AttributedRun>{{"ba", bold()}, {"d", {}}}));
+    text.replace(0, 1, "");
     text.replace(2, 2, "\u00e9!");  // insert at the end
     EXPECT_EQ(text.string(), "ad\u00e9!");
     EXPECT_EQ(text.slice(1, text.size()), AttributedText("d\u00e9!"));
