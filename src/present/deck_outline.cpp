@@ -3,6 +3,8 @@
 #include <cstdio>
 #include <sstream>
 
+#include "present/action_trust.h"
+#include "present/auto_run_coordinator.h"
 #include "slides/body_layout.h"
 #include "slides/reveal_plan.h"
 
@@ -74,16 +76,18 @@ std::string profileName(const Deck& deck, const Slide& slide) {
     return profile->name.empty() ? DeckOutline::untitledProfile : profile->name;
 }
 
-std::string actionSummary(const SlideAction& action) {
-    std::string text = action.name.empty() ? DeckOutline::untitledAction : action.name;
-    text += action.kindCase == SlideActionKindCase::pageScript ? " (page script" : " (" + action.request.method + " request";
-    if (!action.autoRun) return text + ", on click)";
-    text += ", runs by itself after " + seconds(action.autoRunDelaySeconds);
-    if (action.repeats) {
-        text += ", every " + seconds(action.repeatIntervalSeconds);
-        if (action.repeatMaxRuns > 0) text += " up to " + std::to_string(action.repeatMaxRuns) + " times";
-    }
-    return text + ")";
+// When an automatic action runs, in words, following the coordinator's rules:
+// no negative delay, a quarter-second floor between runs, and a run limit
+// that counts the first run.
+std::optional<std::string> scheduleOf(const SlideAction& action) {
+    if (!action.autoRun) return std::nullopt;
+    double delay = std::max(action.autoRunDelaySeconds, 0.0);
+    std::string text = "Runs by itself ";
+    text += delay == 0 ? "as soon as the slide is shown" : seconds(delay) + " after the slide is shown";
+    if (!action.repeats || action.repeatMaxRuns == 1 || action.repeatMaxRuns < 0) return text + ", once";
+    text += ", then every " + seconds(std::max(action.repeatIntervalSeconds, AutoRunCoordinator::minimumRepeatInterval));
+    if (action.repeatMaxRuns == 0) return text + " while the slide is shown";
+    return text + ", " + std::to_string(action.repeatMaxRuns) + " runs in all";
 }
 
 std::string indented(const std::string& text, const std::string& firstPrefix, std::size_t width) {
@@ -145,7 +149,10 @@ std::string DeckOutline::text(const Deck& deck) {
         if (slide.layout == SlideLayout::web) {
             out << "    Page: " << slide.url.value_or("no address") << " (" << profileName(deck, slide) << ")\n";
         }
-        for (const auto& action : slide.actions) out << "    Action: " << actionSummary(action) << "\n";
+        for (const auto& action : slide.actions) {
+            out << "    Action: " << ActionTrust::summary(action, slide) << "\n";
+            if (auto schedule = scheduleOf(action)) out << "            " << *schedule << "\n";
+        }
         if (auto route = routeOf(deck, slide)) out << "    Next: " << route->describe(deck) << "\n";
     }
     return out.str();
@@ -176,10 +183,13 @@ json DeckOutline::json(const Deck& deck) {
         }
         nlohmann::json actions = nlohmann::json::array();
         for (const auto& action : slide.actions) {
+            auto schedule = scheduleOf(action);
             actions.push_back({{"id", action.id.string()},
                                {"name", action.name.empty() ? untitledAction : action.name},
                                {"kind", enumName(action.kindCase)},
-                               {"autoRun", action.autoRun}});
+                               {"autoRun", action.autoRun},
+                               {"summary", ActionTrust::summary(action, slide)},
+                               {"schedule", schedule ? nlohmann::json(*schedule) : nlohmann::json(nullptr)}});
         }
         nlohmann::json entry = {{"number", i + 1},
                                 {"id", slide.id.string()},

@@ -89,16 +89,56 @@ TEST(DeckOutlineJson, CardsRoutesPagesAndActions) {
     EXPECT_EQ(slides[1]["actions"][0]["name"], "Untitled action");
     EXPECT_EQ(slides[1]["actions"][0]["autoRun"], true);
     EXPECT_EQ(slides[2]["next"]["kind"], "missing");
+    EXPECT_EQ(slides[1]["actions"][0]["summary"], "\u201CUntitled action\u201D sends GET to  (runs by itself)");
+    EXPECT_EQ(slides[1]["actions"][0]["schedule"], "Runs by itself as soon as the slide is shown, once");
 
     std::string text = DeckOutline::text(d.deck);
     for (const char* expected : {"01  Choose  [decisions, reveals 3 cards]", "Card 1: Go live -> 02 Live",
                                  "Card 2: Gone -> missing slide", "Card 3: Nowhere -> no target",
                                  "02  Live  [web, skipped]", "Page: https://example.com/app (Untitled profile)",
-                                 "Action: Untitled action (GET request, runs by itself after 0 s)",
+                                 "Action: \u201CUntitled action\u201D sends GET to  (runs by itself)\n"
+                                 "            Runs by itself as soon as the slide is shown, once\n",
                                  "Next: back to where the presenter came from",
                                  "Next: a slide that no longer exists, so on to the next slide"}) {
         EXPECT_NE(text.find(expected), std::string::npos) << expected << "\n" << text;
     }
+}
+
+TEST(DeckOutlineJson, ActionSchedulesInWords) {
+    OutlineDeck d;
+    d.add(SlideLayout::web, "Live");
+    Slide& slide = d.deck.slides[0];
+    slide.url = "https://app.example.com/board";
+    auto action = [&](std::string name, double delay, bool repeats, double interval, std::int64_t runs) {
+        SlideAction a;
+        a.name = std::move(name);
+        a.kindCase = SlideActionKindCase::pageScript;
+        a.autoRun = true;
+        a.autoRunDelaySeconds = delay;
+        a.repeats = repeats;
+        a.repeatIntervalSeconds = interval;
+        a.repeatMaxRuns = runs;
+        slide.actions.push_back(a);
+    };
+    action("Late", 2.5, false, 5, 0);
+    action("Poll", -5, true, 0, 0);
+    action("Thrice", 1, true, 5, 3);
+    action("Once", 0, true, 5, 1);
+    SlideAction manual;
+    manual.name = "Seed";
+    manual.request.method = "post";
+    manual.request.urlString = "  https://API.example.com:8443/seed \n";
+    manual.request.useProfileCookies = true;
+    slide.actions.push_back(manual);
+
+    json actions = DeckOutline::json(d.deck)["slides"][0]["actions"];
+    EXPECT_EQ(actions[0]["summary"], "\u201CLate\u201D runs a script in app.example.com (runs by itself)");
+    EXPECT_EQ(actions[0]["schedule"], "Runs by itself 2.5 s after the slide is shown, once");
+    EXPECT_EQ(actions[1]["schedule"], "Runs by itself as soon as the slide is shown, then every 0.25 s while the slide is shown");
+    EXPECT_EQ(actions[2]["schedule"], "Runs by itself 1 s after the slide is shown, then every 5 s, 3 runs in all");
+    EXPECT_EQ(actions[3]["schedule"], "Runs by itself as soon as the slide is shown, once");
+    EXPECT_EQ(actions[4]["summary"], "\u201CSeed\u201D sends POST to API.example.com with the profile's cookies");
+    EXPECT_TRUE(actions[4]["schedule"].is_null());
 }
 
 TEST(DeckOutlineText, SectionsAndStepsOfTheWholeTalk) {

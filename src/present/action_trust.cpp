@@ -1,0 +1,142 @@
+#include "present/action_trust.h"
+
+#include <glib.h>
+
+#include <algorithm>
+
+#include "model/deck_json.h"
+#include "model/digests.h"
+#include "present/action_runner.h"
+
+namespace lectern {
+
+using nlohmann::json;
+
+namespace {
+
+std::string trimmed(const std::string& text) {
+    const char* space = " \t\n\r\v\f";
+    auto begin = text.find_first_not_of(space);
+    if (begin == std::string::npos) return {};
+    return text.substr(begin, text.find_last_not_of(space) - begin + 1);
+}
+
+// The host of an address, lower-cased as parsed; nullopt without one.
+std::optional<std::string> hostOf(const std::string& address) {
+    GUri* uri = g_uri_parse(address.c_str(), G_URI_FLAGS_NONE, nullptr);
+    if (!uri) return std::nullopt;
+    std::optional<std::string> host;
+    if (const char* h = g_uri_get_host(uri); h && *h) host = h;
+    g_uri_unref(uri);
+    return host;
+}
+
+std::string upper(std::string text) {
+    std::transform(text.begin(), text.end(), text.begin(),
+                   [](unsigned char c) { return static_cast<char>(c >= 'a' && c <= 'z' ? c - 32 : c); });
+    return text;
+}
+
+}  // namespace
+
+std::optional<std::string> ActionTrust::fingerprint(const SlideAction& action, const Slide& slide) {
+    json subject = {{"action", DeckJson::toJson(action)}};
+    if (slide.url) subject["url"] = *slide.url;
+    if (slide.browserProfileId) subject["profileId"] = slide.browserProfileId->string();
+    try {
+        return sha256Hex(subject.dump());  // keys sorted, compact
+    } catch (const json::exception&) {
+        return std::nullopt;  // text that cannot be encoded is never trusted
+    }
+}
+
+std::set<std::string> ActionTrust::deckFingerprints(const Deck& deck) {
+    std::set<std::string> fingerprints;
+    for (const auto& slide : deck.slides) {
+        for (const auto& action : slide.actions) {
+            if (auto fp = fingerprint(action, slide)) fingerprints.insert(*fp);
+        }
+    }
+    return fingerprints;
+}
+
+std::set<std::string> ActionTrust::trustedFingerprints(const PreferencesStore& store) {
+    std::set<std::string> trusted;
+    const json* stored = store.value(preferencesKey);
+    if (!stored || !stored->is_array()) return trusted;
+    for (const auto& entry : *stored) {
+        if (!entry.is_string()) return {};  // not an array of strings: treated as empty
+        trusted.insert(entry.get<std::string>());
+    }
+    return trusted;
+}
+
+void ActionTrust::trust(const std::vector<std::string>& fingerprints, PreferencesStore& store) {
+    json stored = json::array();
+    if (const json* current = store.value(preferencesKey); current && current->is_array() &&
+                                                           std::all_of(current->begin(), current->end(),
+                                                                       [](const json& e) { return e.is_string(); })) {
+        stored = *current;
+    }
+    std::set<std::string> present;
+    for (const auto& entry : stored) present.insert(entry.get<std::string>());
+    bool added = false;
+    for (const auto& fp : fingerprints) {
+        if (present.insert(fp).second) {
+            stored.push_back(fp);
+            added = true;
+        }
+    }
+    if (added) (void)store.setValue(preferencesKey, std::move(stored));
+}
+
+Slide ActionTrust::trustedSlide(const Slide& slide, const PreferencesStore& store) {
+    auto trusted = trustedFingerprints(store);
+    Slide copy = slide;
+    std::erase_if(copy.actions, [&](const SlideAction& action) {
+        auto fp = fingerprint(action, slide);
+        return !fp || !trusted.contains(*fp);
+    });
+    return copy;
+}
+
+std::vector<ActionTrust::Request> ActionTrust::requests(const Deck& deck, const PreferencesStore& store) {
+    auto trusted = trustedFingerprints(store);
+    std::vector<Request> requests;
+    for (const auto& slide : deck.slides) {
+        for (const auto& action : slide.actions) {
+            auto fp = fingerprint(action, slide);
+            if (fp && trusted.contains(*fp)) continue;
+            // An action without a fingerprint can never be allowed; it is
+            // listed so the presenter sees it, under an id that trusts nothing.
+            requests.push_back({fp.value_or(""), summary(action, slide)});
+        }
+    }
+    return requests;
+}
+
+std::string ActionTrust::summary(const SlideAction& action, const Slide& slide) {
+    std::string text = "\u201C" + ActionRunner::displayName(action) + "\u201D";
+    if (action.kindCase == SlideActionKindCase::pageScript) {
+        std::optional<std::string> host = slide.url ? hostOf(*slide.url) : std::nullopt;
+        text += " runs a script in " + host.value_or("the slide's page");
+    } else {
+        std::string target = trimmed(action.request.urlString);
+        text += " sends " + upper(action.request.method) + " to " + hostOf(target).value_or(target);
+        if (action.request.useProfileCookies) text += " with the profile's cookies";
+    }
+    if (action.autoRun) text += " (runs by itself)";
+    return text;
+}
+
+void MadeElsewhereTracker::deckChanged(const Deck& deck, PreferencesStore& store) {
+    auto current = ActionTrust::deckFingerprints(deck);
+    std::vector<std::string> added;
+    for (const auto& fp : current) {
+        if (!known_.contains(fp)) added.push_back(fp);
+    }
+    if (!added.empty()) ActionTrust::trust(added, store);
+    known_ = std::move(current);
+}
+
+}  // namespace lectern

@@ -1,0 +1,47 @@
+#include "present/presenter_hud.h"
+
+#include <algorithm>
+
+namespace lectern {
+
+PresenterHud::Decision PresenterHud::decide(double height) {
+    if (height >= 0 && height <= bottomRevealZone) return Decision::show;
+    if (height > bottomRevealZone && height <= hudHitZone) return Decision::leaveAlone;
+    return Decision::scheduleHide;
+}
+
+PresenterHud::PresenterHud(Scheduler& scheduler, std::function<void(bool)> setVisible)
+    : scheduler_(scheduler), setVisible_(std::move(setVisible)) {}
+
+PresenterHud::~PresenterHud() { cancelHide(); }
+
+void PresenterHud::cancelHide() {
+    if (pendingHide_ != 0) scheduler_.cancel(pendingHide_);
+    pendingHide_ = 0;
+}
+
+void PresenterHud::pointerMoved(double heightAboveBottom) {
+    switch (decide(heightAboveBottom)) {
+        case Decision::show:
+            setVisible_(true);
+            cancelHide();
+            break;
+        case Decision::leaveAlone:
+            break;
+        case Decision::scheduleHide:
+            cancelHide();  // the new job replaces the pending one
+            pendingHide_ = scheduler_.after(autoHideDelay, [this] {
+                pendingHide_ = 0;
+                if (!hovering_) setVisible_(false);
+            });
+            break;
+    }
+}
+
+std::string PresenterHud::autoRunNotice(const Slide& slide) {
+    auto count = std::count_if(slide.actions.begin(), slide.actions.end(), [](const SlideAction& a) { return a.autoRun; });
+    if (count == 0) return {};
+    return "This slide runs " + std::to_string(count) + " action(s) automatically";
+}
+
+}  // namespace lectern

@@ -1,0 +1,41 @@
+#include "present/presenter_timer.h"
+
+#include <cmath>
+#include <cstdio>
+
+namespace lectern {
+
+std::string PresenterTimer::format(double seconds) {
+    auto s = static_cast<std::int64_t>(std::max(std::floor(seconds), 0.0));
+    char text[32];
+    if (s >= 3600) {
+        std::snprintf(text, sizeof text, "%lld:%02lld:%02lld", static_cast<long long>(s / 3600),
+                      static_cast<long long>(s % 3600 / 60), static_cast<long long>(s % 60));
+    } else {
+        std::snprintf(text, sizeof text, "%02lld:%02lld", static_cast<long long>(s / 60), static_cast<long long>(s % 60));
+    }
+    return text;
+}
+
+std::string PresenterTimer::text(double elapsedSeconds, std::optional<std::int64_t> targetMinutes) {
+    if (!targetMinutes) return format(elapsedSeconds);
+    double left = static_cast<double>(*targetMinutes) * 60 - elapsedSeconds;
+    return left < 0 ? "+" + format(-left) : format(left);
+}
+
+PresenterTimer::ReadoutState PresenterTimer::readoutState(bool running, double elapsedSeconds,
+                                                          std::optional<std::int64_t> targetMinutes) {
+    if (!running) return ReadoutState::stopped;
+    if (!targetMinutes) return ReadoutState::normal;
+    double left = static_cast<double>(*targetMinutes) * 60 - elapsedSeconds;
+    if (left < 0) return ReadoutState::overtime;
+    if (left <= warningSeconds) return ReadoutState::warning;
+    return ReadoutState::normal;
+}
+
+std::string PresenterTimer::helpText(std::optional<std::int64_t> targetMinutes) {
+    if (!targetMinutes) return "Click to toggle timer";
+    return "Time left of " + std::to_string(*targetMinutes) + " min \u2014 click to toggle timer";
+}
+
+}  // namespace lectern
