@@ -53,7 +53,9 @@ public:
     const std::optional<Completed>& lastCompleted() const { return lastCompleted_; }
 
     // Runs the action of the slide; `done` is called after the outcome is
-    // recorded (never if the runner goes away first). `views` may be null.
+    // recorded (never if the runner goes away first). `views` may be null;
+    // the slide's page is looked up in it when the run starts, so it need
+    // not outlive the call.
     void run(const SlideAction& action, const Slide& slide, const LiveWebViewRegistry* views,
              std::function<void()> done = {});
     void finish(const SlideAction& action, std::string text, bool isFailure);
