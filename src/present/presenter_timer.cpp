@@ -20,7 +20,10 @@ std::string PresenterTimer::format(double seconds) {
 std::string PresenterTimer::text(double elapsedSeconds, std::optional<std::int64_t> targetMinutes) {
     if (!targetMinutes) return format(elapsedSeconds);
     double left = static_cast<double>(*targetMinutes) * 60 - elapsedSeconds;
-    return left < 0 ? "+" + format(-left) : format(left);
+    if (left >= 0) return format(left);
+    std::string overtime("+");  // built in place: g++ 12 warns falsely on "+" + string
+    overtime += format(-left);
+    return overtime;
 }
 
 PresenterTimer::ReadoutState PresenterTimer::readoutState(bool running, double elapsedSeconds,
