@@ -43,12 +43,7 @@ void PresentationState::next(const std::vector<Slide>& slides) {
         }
         if (slide->nextSlideAction && route(*slide->nextSlideAction, slides)) return;
     }
-    std::int64_t candidate = current_ + 1;
-    if (candidate >= count(slides)) return;  // the last slide is a hard stop
-    while (!editorOpen_ && skipped(slides, candidate)) {
-        if (++candidate >= count(slides)) return;
-    }
-    goTo(candidate, false);
+    nextSlideDirect(slides);
 }
 
 void PresentationState::previous(const std::vector<Slide>& slides) {
@@ -58,16 +53,7 @@ void PresentationState::previous(const std::vector<Slide>& slides) {
             return;
         }
     }
-    if (auto origin = popHistory(slides)) {
-        goTo(*origin, false);
-        return;
-    }
-    if (current_ < 1 || slides.empty()) return;
-    std::int64_t candidate = std::min(count(slides), current_) - 1;
-    while (!editorOpen_ && skipped(slides, candidate)) {
-        if (--candidate < 0) return;
-    }
-    goTo(candidate, false);
+    previousSlideDirect(slides);
 }
 
 bool PresentationState::route(const std::string& target, const std::vector<Slide>& slides) {
@@ -131,7 +117,7 @@ std::optional<std::int64_t> PresentationState::popHistory(const std::vector<Slid
 
 void PresentationState::nextSlideDirect(const std::vector<Slide>& slides) {
     std::int64_t candidate = current_ + 1;
-    if (candidate >= count(slides)) return;
+    if (candidate >= count(slides)) return;  // the last slide is a hard stop
     while (!editorOpen_ && skipped(slides, candidate)) {
         if (++candidate >= count(slides)) return;
     }
@@ -139,6 +125,7 @@ void PresentationState::nextSlideDirect(const std::vector<Slide>& slides) {
 }
 
 void PresentationState::previousSlideDirect(const std::vector<Slide>& slides) {
+    // Going back after a jump returns to where the jump came from.
     if (auto origin = popHistory(slides)) {
         goTo(*origin, false);
         return;
