@@ -1,0 +1,73 @@
+#pragma once
+
+#include <cairo.h>
+
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "model/deck_enums.h"
+#include "model/slide.h"
+#include "model/uuid.h"
+#include "slides/reveal_plan.h"
+
+namespace lectern {
+
+// A rectangle in design points (the slide is 960 × 540 of them).
+struct Rect {
+    double x = 0;
+    double y = 0;
+    double width = 0;
+    double height = 0;
+    bool contains(double px, double py) const { return px >= x && py >= y && px < x + width && py < y + height; }
+    friend bool operator==(const Rect&, const Rect&) = default;
+};
+
+// What a slide is drawn with besides the slide itself.
+struct SlidePaintOptions {
+    Theme theme = Theme::clinical;
+    std::optional<std::string> deckAccentHex;
+    std::string deckTitle;  // shown in the eyebrow when the slide has none
+    RevealState reveal;     // mode all shows everything
+    // How far reveal step k (card k on a decisions slide) has appeared, from
+    // 0 (transparent, 6 points lower; 8 for cards) to 1 (opaque, in place).
+    // The stage animates these; when empty they follow `reveal` directly.
+    std::vector<double> stepAppearance;
+    // Off when a live page will be placed over the web area.
+    bool drawWebPlaceholder = true;
+};
+
+// Where the interactive parts of a slide are, in design points.
+struct SlideGeometry {
+    std::optional<Rect> mediaArea;
+    bool mediaIsWeb = false;
+    std::vector<std::pair<Uuid, Rect>> cards;  // in link order
+};
+
+// The one painter of slides: the stage, the overview tiles, the presenter
+// panel, Thumbnail.png and Preview.pdf all draw through it, so a slide looks
+// the same everywhere. Slides are laid out at a fixed design size and scaled
+// uniformly.
+class SlidePainter {
+public:
+    static constexpr double designWidth = 960;
+    static constexpr double designHeight = 540;
+
+    // Fills the target with the theme's stage background and draws the slide
+    // centred in it, scaled uniformly.
+    static void paint(cairo_t* cr, const Slide& slide, const SlidePaintOptions& options, double targetWidth,
+                      double targetHeight);
+    static SlideGeometry geometry(const Slide& slide, const SlidePaintOptions& options);
+
+    // How the design size sits in a target: design point p is at
+    // offset + p × scale.
+    struct Fit {
+        double scale = 1;
+        double offsetX = 0;
+        double offsetY = 0;
+    };
+    static Fit fit(double targetWidth, double targetHeight);
+};
+
+}  // namespace lectern
