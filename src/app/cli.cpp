@@ -5,6 +5,7 @@
 
 #include "model/deck_package.h"
 #include "present/deck_outline.h"
+#include "slides/deck_previews.h"
 
 namespace lectern {
 
@@ -12,7 +13,7 @@ namespace {
 
 constexpr int exitError = 2;
 
-const char* const usage = "Usage: lectern-cli dump DECK | outline DECK [--json]";
+const char* const usage = "Usage: lectern-cli dump DECK | outline DECK [--json] | export DECK OUT.pdf";
 
 std::optional<Deck> open(const std::filesystem::path& package, std::ostream& err) {
     auto deck = DeckPackage::read(package);
@@ -43,10 +44,23 @@ int outline(const std::filesystem::path& package, bool asJson, std::ostream& out
     return 0;
 }
 
+// Writes every slide as a 960 x 540 point PDF page, as Preview.pdf.
+int exportDeck(const std::filesystem::path& package, const std::filesystem::path& pdf, std::ostream& err) {
+    auto deck = open(package, err);
+    if (!deck) return exitError;
+    auto status = exportPdf(*deck, pdf);
+    if (!status) {
+        err << pdf.string() << ": " << status.error().message << "\n";
+        return exitError;
+    }
+    return 0;
+}
+
 }  // namespace
 
 int runCli(const std::vector<std::string>& arguments, std::ostream& out, std::ostream& err) {
     if (arguments.size() == 2 && arguments[0] == "dump") return dump(arguments[1], out, err);
+    if (arguments.size() == 3 && arguments[0] == "export") return exportDeck(arguments[1], arguments[2], err);
     if (arguments.size() == 2 && arguments[0] == "outline") return outline(arguments[1], false, out, err);
     if (arguments.size() == 3 && arguments[0] == "outline") {
         if (arguments[1] == "--json") return outline(arguments[2], true, out, err);

@@ -165,6 +165,21 @@ TEST(WelcomeDeck, OpensCompleteAndInTheCurrentForm) {
     CliRun outline = runCli({"outline", "--json", path.string()});
     ASSERT_EQ(outline.status, 0) << outline.err;
     EXPECT_EQ(json::parse(outline.out)["slides"].size(), deck->slides.size());
+
+    // Every slide as a 960 x 540 page of a PDF.
+    TempDir out;
+    CliRun exported = runCli({"export", path.string(), (out / "Welcome.pdf").string()});
+    ASSERT_EQ(exported.status, 0) << exported.err;
+    std::string pdf = readText(out / "Welcome.pdf");
+    std::size_t pages = 0;
+    for (std::size_t at = pdf.find("/MediaBox [ 0 0 960 540 ]"); at != std::string::npos;
+         at = pdf.find("/MediaBox [ 0 0 960 540 ]", at + 1)) {
+        ++pages;
+    }
+    EXPECT_EQ(pages, deck->slides.size());
+    CliRun missing = runCli({"export", (out / "Nothing.lectern").string(), (out / "x.pdf").string()});
+    EXPECT_EQ(missing.status, 2);
+    EXPECT_FALSE(fs::exists(out / "x.pdf"));
     EXPECT_TRUE(reveals && picture && section && notes);
 }
 

@@ -6,6 +6,7 @@
 
 #include "model/deck_package.h"
 #include "model/theme_style.h"
+#include "slides/quick_look_theme.h"
 
 namespace lectern {
 namespace {
@@ -57,6 +58,108 @@ TEST(SlidePainter, WelcomeDeckInEveryTheme) {
                 << enumName(theme) << " slide " << i + 1;
         }
     }
+}
+
+}  // namespace
+}  // namespace lectern
+
+namespace lectern {
+namespace {
+
+Slide mediaSlide(SlideLayout layout, SlidePosition position) {
+    Slide slide = Slide::make(layout);
+    slide.position = position;
+    slide.title = "Media " + std::string(enumName(position));
+    slide.body = AttributedText("A line beside the media\n\u2022 and an item");
+    if (layout == SlideLayout::web) slide.url = "https://example.com/dashboard";
+    return slide;
+}
+
+TEST(SlidePainter, MediaSitsWhereItsPositionSays) {
+    SlidePaintOptions options;
+    for (SlideLayout layout : {SlideLayout::web, SlideLayout::image}) {
+        for (SlidePosition position : allCases<SlidePosition>()) {
+            Slide slide = mediaSlide(layout, position);
+            Picture picture(slide, options);
+            picture.save(std::string(enumName(layout)) + "-" + std::string(enumName(position)));
+            auto area = SlidePainter::geometry(slide, options).mediaArea;
+            ASSERT_TRUE(area);
+            Color media = QuickLookTheme::of(options.theme).mediaBackground;
+            // The middle of the media area shows the media background.
+            EXPECT_TRUE(near(picture.at(area->x + area->width / 2, area->y + area->height * 0.75), media, 0.03))
+                << enumName(layout) << " " << enumName(position);
+            switch (position) {
+                case SlidePosition::full: EXPECT_EQ(*area, (Rect{0, 0, 960, 540})); break;
+                case SlidePosition::left: EXPECT_LT(area->x + area->width, 960 * 0.62); break;
+                case SlidePosition::right: EXPECT_GT(area->x, 960 * 0.38); break;
+                case SlidePosition::topBottom: EXPECT_LT(area->y + area->height, 540 * 0.6); break;
+                case SlidePosition::inText: EXPECT_GT(area->y, 100); break;
+            }
+            if (position == SlidePosition::left || position == SlidePosition::right) {
+                EXPECT_GT(area->width, 960 * 0.55);
+            }
+        }
+    }
+}
+
+TEST(SlidePainter, ThemesCardsCodeAndPictures) {
+    Slide cards = Slide::make(SlideLayout::decisions);
+    cards.title = "Which way?";
+    cards.showLinkSubtitles = true;
+    for (int i = 0; i < 9; ++i) {
+        SlideLink link;
+        link.label = "Option " + std::to_string(i + 1);
+        link.subtitle = "Goes somewhere";
+        link.filled = i % 2 == 0;
+        cards.links.push_back(link);
+    }
+    for (Theme theme : allCases<Theme>()) {
+        SlidePaintOptions options;
+        options.theme = theme;
+        options.deckAccentHex = "#B91C1C";
+        Picture picture(cards, options);
+        picture.save(std::string(enumName(theme)) + "-cards");
+        auto geometry = SlidePainter::geometry(cards, options);
+        ASSERT_EQ(geometry.cards.size(), 9u);
+        const Rect& first = geometry.cards[0].second;  // filled
+        Color inside = picture.at(first.x + first.width - 6, first.y + first.height - 6);
+        if (theme == Theme::monochrome) {
+            EXPECT_FALSE(near(inside, *Color::fromHex("#B91C1C"), 0.1)) << "monochrome never shows the accent";
+        } else {
+            EXPECT_TRUE(near(inside, *Color::fromHex("#B91C1C"), 0.03)) << enumName(theme);
+        }
+    }
+
+    // In reveal mode at index 0 only the first card shows; the others keep their place.
+    SlidePaintOptions reveal;
+    cards.reveal = RevealMode::reveal;
+    reveal.reveal = {RevealMode::reveal, 0};
+    Picture first(cards, reveal);
+    auto geometry = SlidePainter::geometry(cards, reveal);
+    const Rect& second = geometry.cards[2].second;  // filled, not yet revealed
+    EXPECT_TRUE(near(first.at(second.x + second.width - 6, second.y + second.height - 6),
+                     ThemeStyle::of(Theme::clinical).stageBackground));
+
+    Slide code = Slide::make(SlideLayout::regular);
+    SlideBodyAttributes command;
+    command.block = SlideBodyBlockKind::command;
+    code.body.append("npm run demo", command);
+    for (Theme theme : {Theme::clinical, Theme::dark}) {
+        SlidePaintOptions options;
+        options.theme = theme;
+        Picture picture(code, options);
+        EXPECT_TRUE(near(picture.at(64 + 700, 100), ThemeStyle::of(theme).codeBlockBackground)) << enumName(theme);
+    }
+
+    Slide broken = Slide::make(SlideLayout::image);
+    broken.imageData = SharedBytes::fromString("not an image at all");
+    SlidePaintOptions options;
+    Picture picture(broken, options);
+    picture.save("image-broken");
+    // The symbol's slash crosses the middle of the slide in the muted colour.
+    bool symbol = false;
+    for (double d = -6; d <= 6 && !symbol; d += 0.5) symbol = near(picture.at(480 + d, 270), ThemeStyle::of(Theme::clinical).mutedText, 0.08);
+    EXPECT_TRUE(symbol);
 }
 
 }  // namespace

@@ -1,0 +1,69 @@
+#include "slides/deck_previews.h"
+
+#include <cairo-pdf.h>
+
+#include "model/file_io.h"
+#include "slides/slide_painter.h"
+#include "slides/slide_render_cache.h"
+
+namespace lectern {
+
+namespace {
+
+cairo_status_t appendBytes(void* closure, const unsigned char* data, unsigned int length) {
+    auto* bytes = static_cast<std::vector<std::uint8_t>*>(closure);
+    bytes->insert(bytes->end(), data, data + length);
+    return CAIRO_STATUS_SUCCESS;
+}
+
+}  // namespace
+
+std::optional<std::vector<std::uint8_t>> deckPdf(const Deck& deck) {
+    if (deck.slides.empty()) return std::nullopt;
+    std::vector<std::uint8_t> bytes;
+    cairo_surface_t* surface = cairo_pdf_surface_create_for_stream(appendBytes, &bytes, SlidePainter::designWidth,
+                                                                   SlidePainter::designHeight);
+    if (cairo_surface_status(surface) != CAIRO_STATUS_SUCCESS) {
+        cairo_surface_destroy(surface);
+        return std::nullopt;
+    }
+    if (deck.title) cairo_pdf_surface_set_metadata(surface, CAIRO_PDF_METADATA_TITLE, deck.title->c_str());
+    cairo_t* cr = cairo_create(surface);
+    SlidePaintOptions options;
+    options.theme = deck.theme;
+    options.deckAccentHex = deck.accentHex;
+    options.deckTitle = deck.title.value_or("");
+    for (const auto& slide : deck.slides) {
+        SlidePainter::paint(cr, slide, options, SlidePainter::designWidth, SlidePainter::designHeight);
+        cairo_show_page(cr);
+    }
+    cairo_destroy(cr);
+    cairo_surface_finish(surface);
+    bool ok = cairo_surface_status(surface) == CAIRO_STATUS_SUCCESS;
+    cairo_surface_destroy(surface);
+    if (!ok) return std::nullopt;
+    return bytes;
+}
+
+DeckPreviews makeDeckPreviews(const Deck& deck) {
+    DeckPreviews previews;
+    if (deck.slides.empty()) return previews;
+    SlideRenderCache::RenderKey key{deck.slides.front(), deck.theme, deck.accentHex, 0,
+                                    static_cast<std::int64_t>(deck.slides.size()), 960, 540};
+    SlideImage image = SlideRenderCache::shared().image(key, deck.title.value_or(""));
+    std::vector<std::uint8_t> png;
+    if (cairo_surface_write_to_png_stream(image.get(), appendBytes, &png) == CAIRO_STATUS_SUCCESS) {
+        previews.thumbnailPng = std::move(png);
+    }
+    previews.previewPdf = deckPdf(deck);
+    return previews;
+}
+
+Status exportPdf(const Deck& deck, const std::filesystem::path& path) {
+    if (deck.slides.empty()) return Error{"The deck has no slides to export."};
+    auto bytes = deckPdf(deck);
+    if (!bytes) return Error{"The PDF could not be made."};
+    return replaceFileAtomically(path, std::string_view(reinterpret_cast<const char*>(bytes->data()), bytes->size()));
+}
+
+}  // namespace lectern
