@@ -1,0 +1,116 @@
+// Drawing slides: one slide at full HD, as the stage and the thumbnails do,
+// and a 100-slide deck exported to PDF.
+#include <benchmark/benchmark.h>
+
+#include <cairo.h>
+
+#include <vector>
+
+#include "slides/deck_previews.h"
+#include "slides/slide_painter.h"
+
+namespace {
+
+using namespace lectern;
+
+Slide regularSlide() {
+    Slide slide = Slide::make(SlideLayout::regular);
+    slide.eyebrow = "Quarterly review";
+    slide.title = "What we shipped this quarter";
+    SlideBodyAttributes bold;
+    bold.inlineIntent = inline_intent::stronglyEmphasized;
+    SlideBodyAttributes command;
+    command.block = SlideBodyBlockKind::command;
+    for (int i = 0; i < 16; ++i) {
+        slide.body.append("\u2022 A point about the launch, with ");
+        slide.body.append("numbers", bold);
+        slide.body.append(" that matter\n");
+    }
+    slide.body.append("npm run demo\ncurl -s localhost:8080/health\n", command);
+    slide.body.append("Questions welcome");
+    return slide;
+}
+
+Slide decisionsSlide() {
+    Slide slide = Slide::make(SlideLayout::decisions);
+    slide.title = "Where next?";
+    slide.showLinkSubtitles = true;
+    for (int i = 0; i < 9; ++i) {
+        SlideLink link;
+        link.label = "Option " + std::to_string(i + 1);
+        link.subtitle = "A short subtitle";
+        link.filled = i % 2 == 0;
+        slide.links.push_back(link);
+    }
+    return slide;
+}
+
+// A 1600 x 900 PNG drawn with Cairo, so the benchmark needs no file.
+Slide imageSlide() {
+    cairo_surface_t* surface = cairo_image_surface_create(CAIRO_FORMAT_RGB24, 1600, 900);
+    cairo_t* cr = cairo_create(surface);
+    cairo_pattern_t* gradient = cairo_pattern_create_linear(0, 0, 1600, 900);
+    cairo_pattern_add_color_stop_rgb(gradient, 0, 0.23, 0.35, 0.48);
+    cairo_pattern_add_color_stop_rgb(gradient, 1, 0.95, 0.95, 0.97);
+    cairo_set_source(cr, gradient);
+    cairo_paint(cr);
+    cairo_pattern_destroy(gradient);
+    cairo_destroy(cr);
+    std::vector<std::uint8_t> png;
+    cairo_surface_write_to_png_stream(
+        surface,
+        [](void* closure, const unsigned char* data, unsigned int length) {
+            auto* bytes = static_cast<std::vector<std::uint8_t>*>(closure);
+            bytes->insert(bytes->end(), data, data + length);
+            return CAIRO_STATUS_SUCCESS;
+        },
+        &png);
+    cairo_surface_destroy(surface);
+    Slide slide = Slide::make(SlideLayout::image);
+    slide.position = SlidePosition::right;
+    slide.title = "The dashboard";
+    slide.setImage(SharedBytes(std::move(png)), "dashboard.png");
+    return slide;
+}
+
+void drawSlide(benchmark::State& state, const Slide& slide) {
+    cairo_surface_t* surface = cairo_image_surface_create(CAIRO_FORMAT_ARGB32, 1920, 1080);
+    SlidePaintOptions options;
+    options.deckTitle = "Benchmark";
+    for (auto _ : state) {
+        cairo_t* cr = cairo_create(surface);
+        SlidePainter::paint(cr, slide, options, 1920, 1080);
+        cairo_destroy(cr);
+        cairo_surface_flush(surface);
+    }
+    cairo_surface_destroy(surface);
+}
+
+void DrawRegularSlide(benchmark::State& state) { drawSlide(state, regularSlide()); }
+void DrawDecisionsSlide(benchmark::State& state) { drawSlide(state, decisionsSlide()); }
+void DrawImageSlide(benchmark::State& state) { drawSlide(state, imageSlide()); }
+BENCHMARK(DrawRegularSlide)->Unit(benchmark::kMillisecond);
+BENCHMARK(DrawDecisionsSlide)->Unit(benchmark::kMillisecond);
+BENCHMARK(DrawImageSlide)->Unit(benchmark::kMillisecond);
+
+void ExportHundredSlides(benchmark::State& state) {
+    Deck deck;
+    deck.title = "Benchmark";
+    Slide slides[] = {regularSlide(), decisionsSlide(), imageSlide()};
+    for (int i = 0; i < 100; ++i) {
+        deck.slides.push_back(slides[i % 3]);
+        deck.slides.back().id = Uuid::random();
+    }
+    std::size_t size = 0;
+    for (auto _ : state) {
+        auto pdf = deckPdf(deck);
+        size = pdf ? pdf->size() : 0;
+        benchmark::DoNotOptimize(size);
+    }
+    state.counters["pdf_bytes"] = static_cast<double>(size);
+}
+BENCHMARK(ExportHundredSlides)->Unit(benchmark::kMillisecond)->Iterations(3);
+
+}  // namespace
+
+BENCHMARK_MAIN();
