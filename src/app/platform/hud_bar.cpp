@@ -1,0 +1,83 @@
+#include "app/platform/hud_bar.h"
+
+#include "present/presenter_hud.h"
+
+namespace lectern {
+
+HudBar::HudBar(PresentationState& state, std::function<const Deck&()> deck)
+    : state_(state), deck_(std::move(deck)), timer_(state, [this] { return deck_().targetMinutes; }) {
+    set_transition_type(Gtk::RevealerTransitionType::SLIDE_UP);
+    set_transition_duration(200);
+    set_halign(Gtk::Align::CENTER);
+    set_valign(Gtk::Align::END);
+    set_can_target(true);
+
+    bar_.add_css_class("hud");
+    bar_.add_css_class("osd");
+    bar_.add_css_class("toolbar");
+    auto* controls = Gtk::make_managed<Gtk::Box>(Gtk::Orientation::HORIZONTAL, 2);
+    present_ = &addButton(*controls, "media-playback-start-symbolic", "win.present", "Present (Ctrl+Shift+P)");
+    notes_ = &addButton(*controls, "format-justify-left-symbolic", "win.toggle-notes", "");
+    addButton(*controls, "document-edit-symbolic", "win.toggle-editor", "Open editor (Ctrl+E)");
+    addButton(*controls, "view-refresh-symbolic", "win.reset-web-page", "Reset Web Page (Ctrl+R)");
+    addButton(*controls, "video-display-symbolic", "win.toggle-presenter-display",
+              "Toggle Presenter Display (Alt+Ctrl+P)");
+    bar_.append(*controls);
+
+    bar_.append(*Gtk::make_managed<Gtk::Separator>(Gtk::Orientation::VERTICAL));
+    counter_.add_css_class("numeric");
+    counter_.add_css_class("hud-counter");
+    bar_.append(counter_);
+
+    notice_.add_css_class("hud-notice");
+    notice_.set_visible(false);
+    bar_.append(notice_);
+
+    bar_.append(*Gtk::make_managed<Gtk::Separator>(Gtk::Orientation::VERTICAL));
+    bar_.append(timer_);
+    set_child(bar_);
+
+    auto motion = Gtk::EventControllerMotion::create();
+    motion->signal_enter().connect([this](double, double) { hovering_.emit(true); });
+    motion->signal_leave().connect([this] { hovering_.emit(false); });
+    bar_.add_controller(motion);
+
+    stateConnection_ = state_.changed().connect([this](PresentationField field) {
+        switch (field) {
+        case PresentationField::hudVisible: set_reveal_child(state_.hudVisible()); break;
+        case PresentationField::current:
+        case PresentationField::presenting:
+        case PresentationField::notesHidden: refresh(); break;
+        default: break;
+        }
+    });
+    set_reveal_child(state_.hudVisible());
+    refresh();
+}
+
+Gtk::Button& HudBar::addButton(Gtk::Box& box, const char* icon, const char* action, const char* tooltip) {
+    auto* button = Gtk::make_managed<Gtk::Button>();
+    button->set_icon_name(icon);
+    button->set_action_name(action);
+    button->set_tooltip_text(tooltip);
+    button->add_css_class("flat");
+    box.append(*button);
+    return *button;
+}
+
+void HudBar::refresh() {
+    const Deck& deck = deck_();
+    present_->set_icon_name(state_.presenting() ? "view-restore-symbolic" : "media-playback-start-symbolic");
+    notes_->set_tooltip_text(state_.notesHidden() ? "Show Presenter Notes (Alt+Ctrl+I)"
+                                                  : "Hide Presenter Notes (Alt+Ctrl+I)");
+    auto count = static_cast<std::int64_t>(deck.slides.size());
+    counter_.set_text(count == 0 ? "No slides"
+                                 : std::to_string(state_.current() + 1) + " / " + std::to_string(count));
+    const Slide* slide = state_.currentSlide(deck.slides);
+    std::string notice = slide ? PresenterHud::autoRunNotice(*slide) : std::string();
+    notice_.set_text(notice);
+    notice_.set_visible(!notice.empty());
+    timer_.refresh();
+}
+
+}  // namespace lectern

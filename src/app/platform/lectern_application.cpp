@@ -1,0 +1,192 @@
+#include "app/platform/lectern_application.h"
+
+#include <adwaita.h>
+
+#include "app/platform/app_style.h"
+#include "app/platform/deck_commands.h"
+#include "app/platform/deck_window.h"
+#include "app/platform/start_window.h"
+#include "model/deck_package.h"
+
+namespace lectern {
+
+namespace {
+
+std::filesystem::path comparable(const std::filesystem::path& path) {
+    std::error_code error;
+    auto canonical = std::filesystem::weakly_canonical(path, error);
+    return error ? path.lexically_normal() : canonical;
+}
+
+}  // namespace
+
+Glib::RefPtr<LecternApplication> LecternApplication::create(Gio::Application::Flags flags,
+                                                            PreferencesStore* preferences) {
+    return Glib::make_refptr_for_instance(new LecternApplication(flags, preferences));
+}
+
+LecternApplication::LecternApplication(Gio::Application::Flags flags, PreferencesStore* preferences)
+    : Gtk::Application(applicationId, flags | Gio::Application::Flags::HANDLES_OPEN),
+      preferences_(preferences ? preferences : &PreferencesStore::shared()) {
+    Glib::set_application_name("Lectern");
+}
+
+LecternApplication::~LecternApplication() = default;
+
+void LecternApplication::on_startup() {
+    Gtk::Application::on_startup();
+    adw_init();
+    Gtk::Window::set_default_icon_name("x-office-presentation");
+
+    auto css = Gtk::CssProvider::create();
+    css->load_from_data(appStyleSheet);
+    Gtk::StyleContext::add_provider_for_display(Gdk::Display::get_default(), css,
+                                                GTK_STYLE_PROVIDER_PRIORITY_APPLICATION);
+
+    add_action("open", [this] { showOpenDialog(); });
+    add_action("about", [this] { showAbout(); });
+    add_action("quit", [this] {
+        for (auto* window : get_windows()) window->close();
+    });
+    // The updater is not part of this build yet.
+    add_action("check-for-updates", [] {})->set_enabled(false);
+
+    for (const auto* commands : {&slideCommands(), &presentationCommands(), &applicationCommands()}) {
+        for (const auto& command : *commands) {
+            if (command.accelerators.empty()) continue;
+            set_accels_for_action(command.action, std::vector<Glib::ustring>(command.accelerators.begin(),
+                                                                             command.accelerators.end()));
+        }
+    }
+}
+
+void LecternApplication::on_activate() {
+    if (!get_windows().empty()) {
+        get_windows().front()->present();
+        return;
+    }
+    startWindow().present();
+    showOpenDialog();
+}
+
+void LecternApplication::on_open(const type_vec_files& files, const Glib::ustring&) {
+    for (const auto& file : files) {
+        std::string path = file->get_path();
+        if (path.empty()) {
+            showError("Only decks on this computer can be opened.");
+            continue;
+        }
+        openDeck(std::filesystem::path(path));
+    }
+}
+
+DeckWindow* LecternApplication::openDeck(const std::filesystem::path& package) {
+    auto wanted = comparable(package);
+    for (auto* window : get_windows()) {
+        auto* deckWindow = dynamic_cast<DeckWindow*>(window);
+        if (deckWindow && deckWindow->package() && comparable(*deckWindow->package()) == wanted) {
+            deckWindow->present();
+            return deckWindow;
+        }
+    }
+    auto deck = DeckPackage::read(package);
+    if (!deck) {
+        showError(openErrorMessage(package, deck.error()));
+        return nullptr;
+    }
+    return openDeck(std::move(deck).value(), wanted);
+}
+
+DeckWindow* LecternApplication::openDeck(Deck deck, std::optional<std::filesystem::path> package) {
+    // The window deletes itself when it is closed.
+    auto* window = Gtk::make_managed<DeckWindow>(scheduler_, *preferences_, std::move(deck), std::move(package));
+    add_window(*window);
+    window->present();
+    if (startWindow_) {
+        startWindow_->close();
+        startWindow_ = nullptr;
+    }
+    return window;
+}
+
+std::string LecternApplication::openErrorMessage(const std::filesystem::path& package, const Error& error) {
+    std::string name = package.filename().string();
+    if (name.empty()) name = package.parent_path().filename().string();  // "Talk.lectern/"
+    std::string reason;
+    switch (error.kind) {
+    case ErrorKind::fileReadNoSuchFile: {
+        std::error_code ignored;
+        reason = std::filesystem::exists(package, ignored) ? "it has no readable deck.json" : "there is no such deck";
+        break;
+    }
+    case ErrorKind::fileReadCorruptFile: reason = "it isn\u2019t a deck folder"; break;
+    case ErrorKind::decoding: reason = "its deck.json can\u2019t be read"; break;
+    default: reason = error.message; break;
+    }
+    return "Couldn\u2019t open \u201c" + name + "\u201d: " + reason;
+}
+
+void LecternApplication::showOpenDialog() {
+    if (openDialog_) {
+        openDialog_->show();
+        return;
+    }
+    Gtk::Window* parent = get_active_window();
+    if (!parent) parent = &startWindow();
+    openDialog_ = Gtk::FileChooserNative::create("Open Deck", *parent, Gtk::FileChooser::Action::SELECT_FOLDER,
+                                                 "_Open", "_Cancel");
+    openDialog_->set_modal(true);
+    openDialog_->signal_response().connect([this](int response) {
+        auto dialog = std::exchange(openDialog_, {});
+        if (response != Gtk::ResponseType::ACCEPT) return;
+        if (auto file = dialog->get_file()) {
+            std::string path = file->get_path();
+            if (path.empty()) {
+                showError("Only decks on this computer can be opened.");
+            } else {
+                openDeck(std::filesystem::path(path));
+            }
+        }
+    });
+    openDialog_->show();
+}
+
+void LecternApplication::showError(const std::string& message) {
+    if (auto* deckWindow = dynamic_cast<DeckWindow*>(get_active_window())) {
+        deckWindow->showToast(message);
+        return;
+    }
+    for (auto* window : get_windows()) {
+        if (auto* deckWindow = dynamic_cast<DeckWindow*>(window)) {
+            deckWindow->showToast(message);
+            return;
+        }
+    }
+    auto& start = startWindow();
+    start.present();
+    start.showToast(message);
+}
+
+StartWindow& LecternApplication::startWindow() {
+    if (!startWindow_) {
+        startWindow_ = Gtk::make_managed<StartWindow>();
+        add_window(*startWindow_);
+        startWindow_->signal_destroy().connect([this] { startWindow_ = nullptr; });
+    }
+    return *startWindow_;
+}
+
+void LecternApplication::showAbout() {
+    GtkWidget* about = adw_about_window_new();
+    if (auto* parent = get_active_window()) gtk_window_set_transient_for(GTK_WINDOW(about), parent->gobj());
+    AdwAboutWindow* window = ADW_ABOUT_WINDOW(about);
+    adw_about_window_set_application_name(window, "Lectern");
+    adw_about_window_set_application_icon(window, "x-office-presentation");
+    adw_about_window_set_version(window, LECTERN_VERSION " Alpha");
+    adw_about_window_set_comments(window,
+                                  "Slides with live web pages in them, so a talk can show the real product, "
+                                  "signed in and ready, instead of screenshots of it.");
+    gtk_window_present(GTK_WINDOW(about));
+}
+
+}  // namespace lectern

@@ -1,0 +1,64 @@
+#pragma once
+
+#include <gtkmm.h>
+
+#include <filesystem>
+#include <memory>
+#include <optional>
+
+#include "model/deck.h"
+#include "model/preferences_store.h"
+#include "model/result.h"
+#include "present/glib_scheduler.h"
+
+namespace lectern {
+
+class DeckWindow;
+class StartWindow;
+
+// The application: one window per open deck, each with its own
+// presentation state. Started with deck folders it opens them; otherwise it
+// offers the Open dialog over a start window.
+class LecternApplication : public Gtk::Application {
+public:
+    static constexpr const char* applicationId = "com.corvane.Lectern";
+
+    // `preferences` null: the per-user store. Tests pass NON_UNIQUE so that
+    // they never meet a running instance.
+    static Glib::RefPtr<LecternApplication> create(Gio::Application::Flags flags = Gio::Application::Flags::NONE,
+                                                   PreferencesStore* preferences = nullptr);
+    ~LecternApplication() override;
+
+    // Opens the deck folder in a window of its own, or brings its window
+    // forward when it is open already. A deck that does not open leaves the
+    // folder untouched and says why in a toast; the result is then null.
+    DeckWindow* openDeck(const std::filesystem::path& package);
+    // A window for a deck in memory (tests and benchmarks).
+    DeckWindow* openDeck(Deck deck, std::optional<std::filesystem::path> package);
+    void showOpenDialog();
+
+    // What a toast says when a deck does not open: short enough to read at a
+    // glance, "Couldn’t open “Talk.lectern”: there is no such deck".
+    static std::string openErrorMessage(const std::filesystem::path& package, const Error& error);
+
+    GLibScheduler& scheduler() { return scheduler_; }
+    PreferencesStore& preferences() { return *preferences_; }
+
+protected:
+    explicit LecternApplication(Gio::Application::Flags flags, PreferencesStore* preferences);
+    void on_startup() override;
+    void on_activate() override;
+    void on_open(const type_vec_files& files, const Glib::ustring& hint) override;
+
+private:
+    void showError(const std::string& message);
+    StartWindow& startWindow();
+    void showAbout();
+
+    GLibScheduler scheduler_;
+    PreferencesStore* preferences_;
+    StartWindow* startWindow_ = nullptr;
+    Glib::RefPtr<Gtk::FileChooserNative> openDialog_;
+};
+
+}  // namespace lectern

@@ -1,0 +1,268 @@
+#include "app/platform/presenter_panel.h"
+
+#include <adwaita.h>
+
+#include "app/platform/deck_window.h"
+#include "present/action_runner.h"
+
+namespace lectern {
+
+namespace {
+
+Gtk::Label* sectionTitle(const char* text) {
+    auto* label = Gtk::make_managed<Gtk::Label>(text);
+    label->add_css_class("caption-heading");
+    label->add_css_class("dim-label");
+    label->set_xalign(0);
+    return label;
+}
+
+// A slide picture with its title above and its name below; `aside` goes to
+// the right of the title.
+Gtk::Box* slideColumn(const char* title, SlideThumbnail& thumbnail, Gtk::Label& caption, Gtk::Widget* aside) {
+    auto* column = Gtk::make_managed<Gtk::Box>(Gtk::Orientation::VERTICAL, 6);
+    auto* heading = Gtk::make_managed<Gtk::Box>(Gtk::Orientation::HORIZONTAL);
+    auto* label = sectionTitle(title);
+    label->set_hexpand(true);
+    heading->append(*label);
+    if (aside) heading->append(*aside);
+    column->append(*heading);
+    column->append(thumbnail);
+    caption.set_ellipsize(Pango::EllipsizeMode::END);
+    caption.set_xalign(0);
+    caption.set_max_width_chars(1);
+    caption.set_hexpand(true);
+    caption.add_css_class("caption");
+    column->append(caption);
+    return column;
+}
+
+std::string slideTitle(const Slide& slide) { return slide.title.empty() ? "Untitled slide" : slide.title; }
+
+}  // namespace
+
+PresenterPanel::PresenterPanel(DeckWindow& deckWindow)
+    : deckWindow_(deckWindow),
+      state_(deckWindow.state()),
+      timer_(deckWindow.state(), [this] { return deckWindow_.deck().targetMinutes; }) {
+    set_title("Presenter Display");
+    set_default_size(width, height);
+    set_transient_for(deckWindow);
+    set_destroy_with_parent(true);
+    add_css_class("presenter-panel");
+
+    GtkWidget* header = adw_header_bar_new();
+    GtkWidget* title = adw_window_title_new("Presenter Display", deckWindow.get_title().c_str());
+    adw_header_bar_set_title_widget(ADW_HEADER_BAR(header), title);
+    gtk_window_set_titlebar(gobj(), header);
+
+    // Controls: step back and forth as the arrow keys do, the timer, the grid.
+    auto button = [](const char* icon, const char* tooltip) {
+        auto* b = Gtk::make_managed<Gtk::Button>();
+        b->set_icon_name(icon);
+        b->set_tooltip_text(tooltip);
+        return b;
+    };
+    auto* previous = button("go-previous-symbolic", "Previous Slide");
+    previous->signal_clicked().connect([this] { state_.previous(deckWindow_.deck().slides); });
+    auto* next = button("go-next-symbolic", "Next Slide");
+    next->signal_clicked().connect([this] { state_.next(deckWindow_.deck().slides); });
+    auto* navigation = Gtk::make_managed<Gtk::Box>(Gtk::Orientation::HORIZONTAL);
+    navigation->add_css_class("linked");
+    navigation->append(*previous);
+    navigation->append(*next);
+    auto* overview = button("view-grid-symbolic", "Overview Grid");
+    overview->signal_clicked().connect([this] { state_.toggleOverview(); });
+    timer_.add_css_class("large");
+    timer_.set_hexpand(true);
+    timer_.set_halign(Gtk::Align::CENTER);
+    auto* controls = Gtk::make_managed<Gtk::Box>(Gtk::Orientation::HORIZONTAL, 6);
+    controls->append(*navigation);
+    controls->append(timer_);
+    controls->append(*overview);
+
+    // The slide on screen and the one that comes next.
+    counter_.add_css_class("numeric");
+    auto* slides = Gtk::make_managed<Gtk::Box>(Gtk::Orientation::HORIZONTAL, 12);
+    slides->set_homogeneous(true);
+    counter_.add_css_class("caption");
+    counter_.add_css_class("dim-label");
+    slides->append(*slideColumn("Current", current_, currentCaption_, &counter_));
+    slides->append(*slideColumn("Next", next_, nextCaption_, nullptr));
+
+    notes_.set_wrap(true);
+    notes_.set_xalign(0);
+    notes_.set_yalign(0);
+    notes_.set_selectable(true);
+    notes_.add_css_class("panel-notes");
+    auto* notesScroller = Gtk::make_managed<Gtk::ScrolledWindow>();
+    notesScroller->set_policy(Gtk::PolicyType::NEVER, Gtk::PolicyType::AUTOMATIC);
+    notesScroller->set_vexpand(true);
+    notesScroller->set_child(notes_);
+    notesScroller->add_css_class("card");
+    notesScroller->add_css_class("panel-notes-frame");
+
+    actions_.add_css_class("boxed-list");
+    actions_.set_selection_mode(Gtk::SelectionMode::NONE);
+    actionsSection_.append(*sectionTitle("Actions"));
+    actionsSection_.append(actions_);
+
+    auto* content = Gtk::make_managed<Gtk::Box>(Gtk::Orientation::VERTICAL, 12);
+    content->set_margin(12);
+    content->append(*controls);
+    content->append(*slides);
+    auto* notesSection = Gtk::make_managed<Gtk::Box>(Gtk::Orientation::VERTICAL, 6);
+    notesSection->set_vexpand(true);
+    notesSection->append(*sectionTitle("Notes"));
+    notesSection->append(*notesScroller);
+    content->append(*notesSection);
+    content->append(actionsSection_);
+    set_child(*content);
+
+    // Keys pressed while the panel has the focus still drive the talk: the
+    // deck window's key monitor first, then its shortcuts.
+    auto keys = Gtk::EventControllerKey::create();
+    keys->set_propagation_phase(Gtk::PropagationPhase::CAPTURE);
+    keys->signal_key_pressed().connect(
+        [this](guint keyval, guint, Gdk::ModifierType modifiers) {
+            if (deckWindow_.handleKey(keyval, modifiers)) return true;
+            auto app = deckWindow_.get_application();
+            if (!app) return false;
+            auto accelerator = Gtk::Accelerator::name(keyval, modifiers & Gtk::Accelerator::get_default_mod_mask());
+            for (const auto& action : app->get_actions_for_accel(accelerator)) {
+                if (action.raw().rfind("win.", 0) == 0 && deckWindow_.activate_action(action)) return true;
+            }
+            return false;
+        },
+        false);
+    add_controller(keys);
+
+    // Closing the panel is the same as toggling it off.
+    signal_close_request().connect(
+        [this] {
+            if (state_.presenterPanelVisible()) state_.togglePresenterPanel();
+            set_visible(false);
+            return true;
+        },
+        false);
+
+    runnerConnection_ = state_.autoRun().runner().changed().connect([this] { refreshRunStates(); });
+    refresh();
+}
+
+PresenterPanel::~PresenterPanel() = default;
+
+std::optional<std::int64_t> PresenterPanel::upcomingSlide(const std::vector<Slide>& slides, std::int64_t current,
+                                                          bool editorOpen) {
+    auto count = static_cast<std::int64_t>(slides.size());
+    if (current >= 0 && current < count) {
+        const Slide& slide = slides[static_cast<std::size_t>(current)];
+        if (slide.nextSlideAction) {
+            if (auto id = Uuid::parse(*slide.nextSlideAction)) {
+                for (std::int64_t i = 0; i < count; ++i) {
+                    if (slides[static_cast<std::size_t>(i)].id == *id) return i;
+                }
+            }
+        }
+    }
+    for (std::int64_t i = std::max<std::int64_t>(current + 1, 0); i < count; ++i) {
+        if (editorOpen || !slides[static_cast<std::size_t>(i)].isSkipped) return i;
+    }
+    return std::nullopt;
+}
+
+void PresenterPanel::refresh() {
+    const Deck& deck = deckWindow_.deck();
+    auto options = deckWindow_.paintOptions();
+    const Slide* slide = state_.currentSlide(deck.slides);
+    auto count = static_cast<std::int64_t>(deck.slides.size());
+
+    current_.setSlide(slide, options);
+    currentCaption_.set_text(slide ? slideTitle(*slide) : "No slide selected");
+    counter_.set_text(count == 0 ? "" : std::to_string(state_.current() + 1) + " / " + std::to_string(count));
+
+    auto upcoming = upcomingSlide(deck.slides, state_.current(), state_.editorOpen());
+    const Slide* nextSlide = upcoming ? &deck.slides[static_cast<std::size_t>(*upcoming)] : nullptr;
+    next_.setSlide(nextSlide, options);
+    nextCaption_.set_text(nextSlide ? slideTitle(*nextSlide) : "End of Deck");
+
+    bool noNotes = !slide || slide->notes.empty();
+    notes_.set_text(noNotes ? "No presenter notes for this slide." : slide->notes);
+    if (noNotes) notes_.add_css_class("dim-label"); else notes_.remove_css_class("dim-label");
+
+    while (auto* row = actions_.get_row_at_index(0)) actions_.remove(*row);
+    rows_.clear();
+    if (slide) {
+        for (const SlideAction& action : slide->actions) {
+            auto* name = Gtk::make_managed<Gtk::Label>(ActionRunner::displayName(action));
+            name->set_xalign(0);
+            name->set_ellipsize(Pango::EllipsizeMode::END);
+            auto* outcome = Gtk::make_managed<Gtk::Label>();
+            outcome->set_xalign(0);
+            outcome->set_ellipsize(Pango::EllipsizeMode::END);
+            outcome->add_css_class("caption");
+            auto* texts = Gtk::make_managed<Gtk::Box>(Gtk::Orientation::VERTICAL, 2);
+            texts->set_hexpand(true);
+            texts->set_valign(Gtk::Align::CENTER);
+            texts->append(*name);
+            texts->append(*outcome);
+            auto* spinner = Gtk::make_managed<Gtk::Spinner>();
+            auto* run = Gtk::make_managed<Gtk::Button>();
+            run->set_icon_name("media-playback-start-symbolic");
+            run->set_tooltip_text("Run");
+            run->set_valign(Gtk::Align::CENTER);
+            run->add_css_class("flat");
+            run->add_css_class("circular");
+            Uuid slideId = slide->id;
+            Uuid actionId = action.id;
+            run->signal_clicked().connect([this, slideId, actionId] {
+                // Find the action again: the deck may have changed since.
+                const Deck& deck = deckWindow_.deck();
+                auto index = deck.indexOfSlide(slideId);
+                if (!index) return;
+                const Slide& owner = deck.slides[*index];
+                for (const auto& candidate : owner.actions) {
+                    if (candidate.id == actionId) state_.runManually(candidate, owner, deck);
+                }
+            });
+            auto* box = Gtk::make_managed<Gtk::Box>(Gtk::Orientation::HORIZONTAL, 8);
+            box->set_margin_start(12);
+            box->set_margin_end(6);
+            box->set_margin_top(6);
+            box->set_margin_bottom(6);
+            box->append(*texts);
+            box->append(*spinner);
+            box->append(*run);
+            auto* row = Gtk::make_managed<Gtk::ListBoxRow>();
+            row->set_activatable(false);
+            row->set_child(*box);
+            actions_.append(*row);
+            rows_.push_back({action.id, outcome, spinner});
+        }
+    }
+    actionsSection_.set_visible(!rows_.empty());
+    refreshRunStates();
+}
+
+void PresenterPanel::refreshRunStates() {
+    auto& runner = state_.autoRun().runner();
+    for (const auto& row : rows_) {
+        auto runState = runner.state(row.id);
+        using Kind = ActionRunner::RunState::Kind;
+        row.spinner->set_visible(runState.kind == Kind::running);
+        row.spinner->set_spinning(runState.kind == Kind::running);
+        switch (runState.kind) {
+        case Kind::idle: row.outcome->set_text("Not run yet"); break;
+        case Kind::running: row.outcome->set_text("Running…"); break;
+        case Kind::success:
+        case Kind::failure: row.outcome->set_text(runState.text); break;
+        }
+        row.outcome->set_tooltip_text(runState.text);
+        for (const char* name : {"dim-label", "success", "error"}) row.outcome->remove_css_class(name);
+        row.outcome->add_css_class(runState.kind == Kind::success   ? "success"
+                                   : runState.kind == Kind::failure ? "error"
+                                                                    : "dim-label");
+    }
+}
+
+}  // namespace lectern

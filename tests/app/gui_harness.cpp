@@ -1,0 +1,131 @@
+#include "gui_harness.h"
+
+#include <gdk/x11/gdkx.h>
+#include <glib.h>
+
+#include <chrono>
+#include <thread>
+
+#include "support/temp_dir.h"
+
+namespace lectern::testing {
+
+namespace {
+
+std::string windowId(Gtk::Window& window) {
+    auto surface = window.get_surface();
+    if (!surface || !GDK_IS_X11_SURFACE(surface->gobj())) return {};
+    return std::to_string(gdk_x11_surface_get_xid(surface->gobj()));
+}
+
+// A point of a widget in the coordinates of its window's X window.
+std::pair<int, int> surfacePoint(Gtk::Widget& widget, double x, double y) {
+    auto* root = widget.get_root();
+    auto* native = widget.get_native();
+    graphene_point_t in{static_cast<float>(x), static_cast<float>(y)}, out{};
+    if (!gtk_widget_compute_point(widget.gobj(), GTK_WIDGET(root->gobj()), &in, &out)) return {-1, -1};
+    double dx = 0, dy = 0;
+    gtk_native_get_surface_transform(native->gobj(), &dx, &dy);
+    return {static_cast<int>(out.x + dx), static_cast<int>(out.y + dy)};
+}
+
+}  // namespace
+
+bool haveDisplay() {
+    const char* display = g_getenv("DISPLAY");
+    return display && *display;
+}
+
+PreferencesStore& preferences() {
+    static TempDir folder;
+    static PreferencesStore store(folder / "preferences.json");
+    return store;
+}
+
+LecternApplication& app() {
+    static Glib::RefPtr<LecternApplication> application = [] {
+        // Keep the tests on X11, where xdotool reaches the windows.
+        g_setenv("GDK_BACKEND", "x11", true);
+        auto created = LecternApplication::create(Gio::Application::Flags::NON_UNIQUE, &preferences());
+        created->register_application();
+        // Keep the application alive while tests open and close windows.
+        created->hold();
+        return created;
+    }();
+    return *application;
+}
+
+void closeAllWindows() {
+    for (auto* window : app().get_windows()) window->close();
+    pumpUntil([] { return app().get_windows().empty(); }, 5);
+    pumpFor(0.1);
+}
+
+bool pumpUntil(const std::function<bool()>& done, double seconds) {
+    auto deadline = std::chrono::steady_clock::now() + std::chrono::duration<double>(seconds);
+    while (!done()) {
+        if (std::chrono::steady_clock::now() >= deadline) return false;
+        if (!g_main_context_iteration(nullptr, false)) std::this_thread::sleep_for(std::chrono::milliseconds(2));
+    }
+    return true;
+}
+
+void pumpFor(double seconds) {
+    pumpUntil([] { return false; }, seconds);
+}
+
+int runProgram(const std::vector<std::string>& argv, std::string* output) {
+    std::vector<char*> args;
+    for (const auto& arg : argv) args.push_back(const_cast<char*>(arg.c_str()));
+    args.push_back(nullptr);
+    char* out = nullptr;
+    int status = 0;
+    GError* error = nullptr;
+    bool started = g_spawn_sync(nullptr, args.data(), nullptr, G_SPAWN_SEARCH_PATH, nullptr, nullptr, &out, nullptr,
+                                &status, &error);
+    if (!started) {
+        g_clear_error(&error);
+        return -1;
+    }
+    if (output) *output = out ? out : "";
+    g_free(out);
+    return g_spawn_check_wait_status(status, nullptr) ? 0 : (WIFEXITED(status) ? WEXITSTATUS(status) : -1);
+}
+
+void focus(Gtk::Window& window) {
+    pumpUntil([&] { return window.get_mapped(); });
+    runProgram({"xdotool", "windowfocus", windowId(window)});
+    pumpUntil([&] { return window.is_active(); }, 2);
+}
+
+void pressKeys(Gtk::Window& window, const std::vector<std::string>& keys) {
+    focus(window);
+    std::vector<std::string> argv{"xdotool", "key", "--delay", "30"};
+    argv.insert(argv.end(), keys.begin(), keys.end());
+    runProgram(argv);
+    pumpFor(0.15);
+}
+
+void movePointer(Gtk::Widget& widget, double x, double y) {
+    auto [sx, sy] = surfacePoint(widget, x, y);
+    auto* window = dynamic_cast<Gtk::Window*>(widget.get_root());
+    runProgram({"xdotool", "mousemove", "--window", windowId(*window), std::to_string(sx), std::to_string(sy)});
+    pumpFor(0.1);
+}
+
+void click(Gtk::Widget& widget, double x, double y) {
+    movePointer(widget, x, y);
+    runProgram({"xdotool", "click", "1"});
+    pumpFor(0.15);
+}
+
+void screenshot(const std::string& name) {
+    pumpFor(0.3);  // let transitions settle
+    std::filesystem::path folder = LECTERN_ARTIFACTS_DIR;
+    std::filesystem::create_directories(folder);
+    runProgram({"import", "-window", "root", (folder / (name + ".png")).string()});
+}
+
+std::filesystem::path examplesDir() { return LECTERN_EXAMPLES_DIR; }
+
+}  // namespace lectern::testing

@@ -1,0 +1,46 @@
+#pragma once
+
+#include <gtkmm.h>
+
+#include <filesystem>
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "app/platform/lectern_application.h"
+#include "model/preferences_store.h"
+
+namespace lectern::testing {
+
+// The display the tests draw on (xvfb-run gives one); tests skip without it.
+bool haveDisplay();
+
+// One application for the whole test program (a process registers only
+// one), with a preferences file of its own in a temporary folder.
+LecternApplication& app();
+PreferencesStore& preferences();
+// Closes every window of the application and lets them go.
+void closeAllWindows();
+
+// Runs the main loop until `done` holds or `seconds` have passed; whether
+// it holds.
+bool pumpUntil(const std::function<bool()>& done, double seconds = 5);
+void pumpFor(double seconds);
+
+// Real input through the X server, with xdotool: keys go to the window
+// that has the focus, as when a person types.
+void focus(Gtk::Window& window);
+void pressKeys(Gtk::Window& window, const std::vector<std::string>& keys);
+// Moves the pointer to a point of a widget (its own coordinates), and clicks.
+void movePointer(Gtk::Widget& widget, double x, double y);
+void click(Gtk::Widget& widget, double x, double y);
+
+// Runs a program to its end and returns its exit status (-1 if it could not
+// start); its output goes to `output` when given.
+int runProgram(const std::vector<std::string>& argv, std::string* output = nullptr);
+// Saves the whole screen as build/artifacts/<name>.png, for a person to look at.
+void screenshot(const std::string& name);
+
+std::filesystem::path examplesDir();
+
+}  // namespace lectern::testing
