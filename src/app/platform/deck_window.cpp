@@ -24,7 +24,9 @@ std::string folderSubtitle(const std::optional<std::filesystem::path>& package) 
     std::string folder = package->parent_path().string();
     std::string home = g_get_home_dir();
     if (!home.empty() && folder.rfind(home, 0) == 0 && (folder.size() == home.size() || folder[home.size()] == '/')) {
-        folder = "~" + folder.substr(home.size());
+        std::string shortened("~");  // built in place: g++ 12 warns falsely on "~" + string
+        shortened += folder.substr(home.size());
+        folder = shortened;
     }
     return folder;
 }
