@@ -451,7 +451,10 @@ EditableSlideBody insertNewline(EditableSlideBody body) {
             // A caret inside the tabs or the marker splits after the marker,
             // so neither is cut in two.
             std::size_t at = std::max(caret, markerEnd);
-            std::string continuation = "\n" + std::string(marker.tabs, '\t') + nextMarker(marker);
+            // Built in place: g++ 12 warns falsely on "\n" + string in Release builds.
+            std::string continuation("\n");
+            continuation.append(marker.tabs, '\t');
+            continuation += nextMarker(marker);
             edit.replace(at, at, continuation, body.text.attributesAt(line.begin + marker.tabs));
             caret = at + continuation.size();
         } else {
