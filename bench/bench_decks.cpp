@@ -156,8 +156,8 @@ std::uint64_t Random::next() {
     return z ^ (z >> 31);
 }
 
-Deck makeTalkDeck(std::size_t slideCount, std::uint64_t seed) {
-    Random random(seed);
+Deck makeTalkDeck(std::size_t slideCount, std::uint64_t salt) {
+    Random random(salt);
     Deck deck;
     deck.id = makeId(random);
     deck.title = "Quarterly engineering review";
@@ -249,10 +249,10 @@ Deck makeTalkDeck(std::size_t slideCount, std::uint64_t seed) {
     return deck;
 }
 
-SharedBytes makeImageBytes(std::size_t size, std::uint64_t seed) {
+SharedBytes makeImageBytes(std::size_t size, std::uint64_t salt) {
     static constexpr std::uint8_t signature[] = {0x89, 0x50, 0x4E, 0x47, 0x0D, 0x0A, 0x1A, 0x0A};
     std::vector<std::uint8_t> bytes(size);
-    Random random(seed);
+    Random random(salt);
     std::size_t at = 0;
     for (; at + 8 <= size; at += 8) {
         std::uint64_t word = random.next();

@@ -14,7 +14,7 @@ namespace lectern::bench {
 // the same decks and the figures compare across runs.
 class Random {
 public:
-    explicit Random(std::uint64_t seed) : state_(seed) {}
+    explicit Random(std::uint64_t salt) : state_(salt) {}
     std::uint64_t next();
     // A value in [0, bound).
     std::size_t below(std::size_t bound) { return static_cast<std::size_t>(next() % bound); }
@@ -29,11 +29,11 @@ private:
 // (bold, italic, code, colour, centred lines, command blocks), speaker
 // notes, link cards on decisions slides, demo actions on some web slides.
 // Image slides name a media file but carry no bytes.
-Deck makeTalkDeck(std::size_t slideCount, std::uint64_t seed);
+Deck makeTalkDeck(std::size_t slideCount, std::uint64_t salt);
 
 // `size` bytes starting with the PNG signature, the rest pseudo-random, so
-// every seed gives a distinct image that does not compress.
-SharedBytes makeImageBytes(std::size_t size, std::uint64_t seed);
+// every salt gives a distinct image that does not compress.
+SharedBytes makeImageBytes(std::size_t size, std::uint64_t salt);
 
 // A fresh folder made with mkdtemp in the temporary folder ($TMPDIR, else
 // /tmp), removed with its contents

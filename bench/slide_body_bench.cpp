@@ -33,7 +33,7 @@ Slide twoHundredLineSlide() {
             case 2: slide.body.append("\t\u2022 A bullet item that says something useful\n"); break;
             case 3: slide.body.append("\t\t12. A numbered item under it\n"); break;
             case 4: slide.body.append("curl -s https://example.com/api/v1/items | jq .\n", command); break;
-            case 5: slide.body.append("npm run demo -- --seed 42\n", command); break;
+            case 5: slide.body.append("npm run demo -- --fixtures 42\n", command); break;
             case 6: slide.body.append("A centred closing thought\n", centred); break;
             default: slide.body.append("   \n"); break;
         }

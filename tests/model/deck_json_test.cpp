@@ -303,7 +303,7 @@ TEST(DeckJsonWrite, RoundTripGivesAnEqualDeck) {
     web.isSkipped = true;
     web.nextSlideAction = "back";
     SlideAction action;
-    action.name = "Seed";
+    action.name = "Prepare";
     action.request.headers.push_back({Uuid::random(), "X-Token", "abc"});
     action.request.useProfileCookies = true;
     action.repeats = true;

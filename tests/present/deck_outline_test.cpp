@@ -125,9 +125,9 @@ TEST(DeckOutlineJson, ActionSchedulesInWords) {
     action("Thrice", 1, true, 5, 3);
     action("Once", 0, true, 5, 1);
     SlideAction manual;
-    manual.name = "Seed";
+    manual.name = "Prepare";
     manual.request.method = "post";
-    manual.request.urlString = "  https://API.example.com:8443/seed \n";
+    manual.request.urlString = "  https://API.example.com:8443/prepare \n";
     manual.request.useProfileCookies = true;
     slide.actions.push_back(manual);
 
@@ -137,7 +137,7 @@ TEST(DeckOutlineJson, ActionSchedulesInWords) {
     EXPECT_EQ(actions[1]["schedule"], "Runs by itself as soon as the slide is shown, then every 0.25 s while the slide is shown");
     EXPECT_EQ(actions[2]["schedule"], "Runs by itself 1 s after the slide is shown, then every 5 s, 3 runs in all");
     EXPECT_EQ(actions[3]["schedule"], "Runs by itself as soon as the slide is shown, once");
-    EXPECT_EQ(actions[4]["summary"], "\u201CSeed\u201D sends POST to API.example.com with the profile's cookies");
+    EXPECT_EQ(actions[4]["summary"], "\u201CPrepare\u201D sends POST to API.example.com with the profile's cookies");
     EXPECT_TRUE(actions[4]["schedule"].is_null());
 }
 

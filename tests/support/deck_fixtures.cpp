@@ -8,9 +8,9 @@ namespace lectern::testing {
 
 namespace {
 
-std::vector<std::uint8_t> noise(std::uint32_t seed, std::size_t size) {
+std::vector<std::uint8_t> noise(std::uint32_t salt, std::size_t size) {
     std::vector<std::uint8_t> bytes(size);
-    std::uint32_t state = seed * 2654435761u + 1;
+    std::uint32_t state = salt * 2654435761u + 1;
     for (auto& b : bytes) {
         state = state * 1664525u + 1013904223u;
         b = static_cast<std::uint8_t>(state >> 24);
@@ -20,16 +20,16 @@ std::vector<std::uint8_t> noise(std::uint32_t seed, std::size_t size) {
 
 }  // namespace
 
-SharedBytes fakePng(std::uint32_t seed, std::size_t size) {
+SharedBytes fakePng(std::uint32_t salt, std::size_t size) {
     std::vector<std::uint8_t> bytes{0x89, 0x50, 0x4E, 0x47, 0x0D, 0x0A, 0x1A, 0x0A};
-    auto rest = noise(seed, size);
+    auto rest = noise(salt, size);
     bytes.insert(bytes.end(), rest.begin(), rest.end());
     return SharedBytes(std::move(bytes));
 }
 
-SharedBytes fakeJpeg(std::uint32_t seed, std::size_t size) {
+SharedBytes fakeJpeg(std::uint32_t salt, std::size_t size) {
     std::vector<std::uint8_t> bytes{0xFF, 0xD8, 0xFF, 0xE0};
-    auto rest = noise(seed, size);
+    auto rest = noise(salt, size);
     bytes.insert(bytes.end(), rest.begin(), rest.end());
     return SharedBytes(std::move(bytes));
 }

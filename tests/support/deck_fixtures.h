@@ -11,10 +11,10 @@
 namespace lectern::testing {
 
 // Bytes that start with the PNG signature (enough for media naming), followed
-// by `size` bytes derived from seed.
-SharedBytes fakePng(std::uint32_t seed, std::size_t size = 64);
+// by `size` bytes derived from salt.
+SharedBytes fakePng(std::uint32_t salt, std::size_t size = 64);
 // Bytes without the PNG signature, named as JPEG.
-SharedBytes fakeJpeg(std::uint32_t seed, std::size_t size = 64);
+SharedBytes fakeJpeg(std::uint32_t salt, std::size_t size = 64);
 
 // A slide showing the given image.
 Slide imageSlide(const SharedBytes& bytes, std::string title = "Picture");
