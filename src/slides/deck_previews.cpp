@@ -48,9 +48,15 @@ std::optional<std::vector<std::uint8_t>> deckPdf(const Deck& deck) {
 DeckPreviews makeDeckPreviews(const Deck& deck) {
     DeckPreviews previews;
     if (deck.slides.empty()) return previews;
-    SlideRenderCache::RenderKey key{deck.slides.front(), deck.theme, deck.accentHex, 0,
-                                    static_cast<std::int64_t>(deck.slides.size()), 960, 540};
-    SlideImage image = SlideRenderCache::shared().image(key, deck.title.value_or(""));
+    SlideRenderCache::RenderKey key{deck.slides.front(),
+                                    deck.theme,
+                                    deck.accentHex,
+                                    0,
+                                    static_cast<std::int64_t>(deck.slides.size()),
+                                    SlidePainter::designWidth,
+                                    SlidePainter::designHeight,
+                                    deck.title.value_or("")};
+    SlideImage image = SlideRenderCache::shared().image(key);
     std::vector<std::uint8_t> png;
     if (cairo_surface_write_to_png_stream(image.get(), appendBytes, &png) == CAIRO_STATUS_SUCCESS) {
         previews.thumbnailPng = std::move(png);

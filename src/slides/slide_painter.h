@@ -58,7 +58,13 @@ public:
     // centred in it, scaled uniformly.
     static void paint(cairo_t* cr, const Slide& slide, const SlidePaintOptions& options, double targetWidth,
                       double targetHeight);
+    // Where the media and the cards are, in design points; the stage maps the
+    // pointer back with `fit` to hit-test cards and to place the live page.
     static SlideGeometry geometry(const Slide& slide, const SlidePaintOptions& options);
+
+    // The eyebrow as it is shown: the slide's own, else the deck title; in
+    // capitals where the theme asks for them (the stored text is untouched).
+    static std::string displayedEyebrow(const Slide& slide, const SlidePaintOptions& options);
 
     // How the design size sits in a target: design point p is at
     // offset + p × scale.

@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <list>
 #include <memory>
+#include <mutex>
 #include <optional>
 #include <string>
 #include <unordered_map>
@@ -13,12 +14,14 @@
 
 namespace lectern {
 
-// A drawn slide: a 2-pixels-per-point image surface, shared while in use.
+// A drawn slide: an opaque image surface at 2 pixels per point, shared while
+// in use (a 960 × 540 point slide is 1920 × 1080 pixels).
 using SlideImage = std::shared_ptr<cairo_surface_t>;
 
 // The process-wide cache of drawn slides, so that saving an unchanged deck
 // again does not redraw its thumbnail. Bounded by cost (bytes of pixels), not
-// by count; entries may go at any time.
+// by count; the least recently used entries go first. Safe to use from any
+// thread.
 class SlideRenderCache {
 public:
     static constexpr std::size_t costLimit = 268435456;  // 256 MiB
@@ -29,12 +32,17 @@ public:
         Slide slide;
         Theme theme = Theme::clinical;
         std::optional<std::string> accentHex;  // the deck's
-        std::int64_t index = 0;
-        std::int64_t total = 0;
-        double width = 960;
+        std::int64_t index = 0;                // the slide's place in the deck
+        std::int64_t total = 0;                // the deck's slide count
+        double width = 960;                    // points
         double height = 540;
+        // Shown in the eyebrow of a slide without one, so it decides the
+        // picture as much as the rest.
+        std::string deckTitle;
+
         friend bool operator==(const RenderKey&, const RenderKey&) = default;
-        // The slide's id, "-", width "x" height: several keys may share it.
+        // The slide's id, "-", width "x" height ("…-960.0x540.0"). Several keys
+        // share one text; the stored key tells them apart.
         std::string text() const;
     };
     struct Entry {
@@ -42,20 +50,32 @@ public:
         SlideImage image;
     };
 
+    // The one instance, created on first use.
     static SlideRenderCache& shared();
 
-    // The stored image when its full key matches; otherwise drawn and stored.
-    SlideImage image(const RenderKey& key, const std::string& deckTitle = {});
+    // The stored image when the stored key equals `key` in full; otherwise
+    // the slide is drawn, stored under the key text (replacing what was
+    // there) and returned.
+    SlideImage image(const RenderKey& key);
 
-    std::size_t drawCount() const { return draws_; }
-    std::size_t totalCost() const { return cost_; }
+    // What drawing the key's image costs in the cache: its pixel bytes.
+    static std::size_t costOf(const RenderKey& key);
+
+    std::size_t drawCount() const;  // images drawn so far, for tests
+    std::size_t totalCost() const;
+    std::size_t count() const;
     void clear();
 
 private:
-    void evictTo(std::size_t limit);
+    void evictTo(std::size_t limit);  // with mutex_ held
 
-    std::list<std::string> recency_;  // most recent first
-    std::unordered_map<std::string, std::pair<Entry, std::list<std::string>::iterator>> entries_;
+    mutable std::mutex mutex_;
+    std::list<std::string> recency_;  // key texts, most recent first
+    struct Slot {
+        Entry entry;
+        std::list<std::string>::iterator place;
+    };
+    std::unordered_map<std::string, Slot> entries_;
     std::size_t cost_ = 0;
     std::size_t draws_ = 0;
 };

@@ -46,9 +46,18 @@ TEST(SlideRenderCache, RedrawsOnlyWhatChanged) {
     deck.slides.push_back(Slide::make(SlideLayout::callout));  // the total is part of the key
     makeDeckPreviews(deck);
     EXPECT_EQ(draws() - start, 4u);
-    EXPECT_EQ(cache.totalCost(), 8294400u);  // one entry per key text
+    deck.slides.insert(deck.slides.begin() + 1, Slide::make(SlideLayout::regular));  // anywhere
+    makeDeckPreviews(deck);
+    EXPECT_EQ(draws() - start, 5u);
+    deck.title = "Renamed";  // an empty eyebrow shows the deck title
+    makeDeckPreviews(deck);
+    EXPECT_EQ(draws() - start, 6u);
+    makeDeckPreviews(deck);
+    EXPECT_EQ(draws() - start, 6u);
+    EXPECT_EQ(cache.count(), 1u);  // one entry per key text
+    EXPECT_EQ(cache.totalCost(), 8294400u);
 
-    SlideRenderCache::RenderKey key{deck.slides[0], Theme::dark, std::nullopt, 0, 4, 960, 540};
+    SlideRenderCache::RenderKey key{deck.slides[0], Theme::dark, std::nullopt, 0, 4, 960, 540, ""};
     EXPECT_TRUE(std::regex_match(key.text(), std::regex("[0-9A-F-]{36}-960\\.0x540\\.0")));
 }
 
@@ -56,13 +65,13 @@ TEST(SlideRenderCache, CostLimitEvictsTheOldest) {
     SlideRenderCache cache;
     Deck deck;
     for (int i = 0; i < 34; ++i) deck.slides.push_back(Slide::make(SlideLayout::regular));
-    for (const auto& slide : deck.slides) cache.image({slide, Theme::clinical, std::nullopt, 0, 34, 960, 540});
+    for (const auto& slide : deck.slides) cache.image({slide, Theme::clinical, std::nullopt, 0, 34, 960, 540, ""});
     EXPECT_LE(cache.totalCost(), SlideRenderCache::costLimit);
     EXPECT_EQ(cache.totalCost(), 32u * 8294400u);  // 32 thumbnails fit
     std::size_t before = cache.drawCount();
-    cache.image({deck.slides.back(), Theme::clinical, std::nullopt, 0, 34, 960, 540});
+    cache.image({deck.slides.back(), Theme::clinical, std::nullopt, 0, 34, 960, 540, ""});
     EXPECT_EQ(cache.drawCount(), before);  // the newest stayed
-    cache.image({deck.slides.front(), Theme::clinical, std::nullopt, 0, 34, 960, 540});
+    cache.image({deck.slides.front(), Theme::clinical, std::nullopt, 0, 34, 960, 540, ""});
     EXPECT_EQ(cache.drawCount(), before + 1);  // the oldest went
 }
 
