@@ -1,5 +1,6 @@
-// Drawing slides: one slide at full HD, as the stage and the thumbnails do,
-// and a 100-slide deck exported to PDF.
+// Drawing slides: one slide at full HD, as the stage and the thumbnails do;
+// the geometry the stage asks for on a click; a 100-slide deck exported to
+// PDF; and what a save adds for QuickLook/.
 #include <benchmark/benchmark.h>
 
 #include <cairo.h>
@@ -21,7 +22,7 @@ Slide regularSlide() {
     bold.inlineIntent = inline_intent::stronglyEmphasized;
     SlideBodyAttributes command;
     command.block = SlideBodyBlockKind::command;
-    for (int i = 0; i < 16; ++i) {
+    for (int i = 0; i < 17; ++i) {
         slide.body.append("\u2022 A point about the launch, with ");
         slide.body.append("numbers", bold);
         slide.body.append(" that matter\n");
@@ -45,12 +46,13 @@ Slide decisionsSlide() {
     return slide;
 }
 
-// A 1600 x 900 PNG drawn with Cairo, so the benchmark needs no file.
-Slide imageSlide() {
+// A 1600 x 900 PNG drawn with Cairo, so the benchmark needs no file; the
+// seed changes its colours, so each seed is a picture never decoded before.
+SharedBytes pictureBytes(int seed) {
     cairo_surface_t* surface = cairo_image_surface_create(CAIRO_FORMAT_RGB24, 1600, 900);
     cairo_t* cr = cairo_create(surface);
     cairo_pattern_t* gradient = cairo_pattern_create_linear(0, 0, 1600, 900);
-    cairo_pattern_add_color_stop_rgb(gradient, 0, 0.23, 0.35, 0.48);
+    cairo_pattern_add_color_stop_rgb(gradient, 0, 0.23, 0.35, (seed % 256) / 255.0);
     cairo_pattern_add_color_stop_rgb(gradient, 1, 0.95, 0.95, 0.97);
     cairo_set_source(cr, gradient);
     cairo_paint(cr);
@@ -66,10 +68,15 @@ Slide imageSlide() {
         },
         &png);
     cairo_surface_destroy(surface);
+    return SharedBytes(std::move(png));
+}
+
+Slide imageSlide(int seed = 0) {
     Slide slide = Slide::make(SlideLayout::image);
     slide.position = SlidePosition::right;
     slide.title = "The dashboard";
-    slide.setImage(SharedBytes(std::move(png)), "dashboard.png");
+    slide.body = AttributedText("Live numbers from the launch week");
+    slide.setImage(pictureBytes(seed), "dashboard.png");
     return slide;
 }
 
@@ -93,6 +100,36 @@ BENCHMARK(DrawRegularSlide)->Unit(benchmark::kMillisecond);
 BENCHMARK(DrawDecisionsSlide)->Unit(benchmark::kMillisecond);
 BENCHMARK(DrawImageSlide)->Unit(benchmark::kMillisecond);
 
+// The first time a picture is shown it is decoded as well (later draws reuse
+// the decoded picture).
+void DrawImageSlideFirstTime(benchmark::State& state) {
+    cairo_surface_t* surface = cairo_image_surface_create(CAIRO_FORMAT_ARGB32, 1920, 1080);
+    SlidePaintOptions options;
+    int seed = 1;
+    for (auto _ : state) {
+        state.PauseTiming();
+        Slide slide = imageSlide(seed++);
+        state.ResumeTiming();
+        cairo_t* cr = cairo_create(surface);
+        SlidePainter::paint(cr, slide, options, 1920, 1080);
+        cairo_destroy(cr);
+        cairo_surface_flush(surface);
+    }
+    cairo_surface_destroy(surface);
+}
+BENCHMARK(DrawImageSlideFirstTime)->Unit(benchmark::kMillisecond);
+
+// What the stage computes to hit-test a click on a card.
+void CardGeometry(benchmark::State& state) {
+    Slide slide = decisionsSlide();
+    SlidePaintOptions options;
+    for (auto _ : state) {
+        auto geometry = SlidePainter::geometry(slide, options);
+        benchmark::DoNotOptimize(geometry.cards.data());
+    }
+}
+BENCHMARK(CardGeometry)->Unit(benchmark::kMicrosecond);
+
 void ExportHundredSlides(benchmark::State& state) {
     Deck deck;
     deck.title = "Benchmark";
@@ -110,6 +147,24 @@ void ExportHundredSlides(benchmark::State& state) {
     state.counters["pdf_bytes"] = static_cast<double>(size);
 }
 BENCHMARK(ExportHundredSlides)->Unit(benchmark::kMillisecond)->Iterations(3);
+
+// A save of the same deck with nothing changed: the thumbnail comes from the
+// render cache and is encoded as PNG, the PDF is drawn again.
+void QuickLookOfUnchangedDeck(benchmark::State& state) {
+    Deck deck;
+    deck.title = "Benchmark";
+    Slide slides[] = {regularSlide(), decisionsSlide(), imageSlide()};
+    for (int i = 0; i < 100; ++i) {
+        deck.slides.push_back(slides[i % 3]);
+        deck.slides.back().id = Uuid::random();
+    }
+    makeDeckPreviews(deck);
+    for (auto _ : state) {
+        DeckPreviews previews = makeDeckPreviews(deck);
+        benchmark::DoNotOptimize(previews.thumbnailPng);
+    }
+}
+BENCHMARK(QuickLookOfUnchangedDeck)->Unit(benchmark::kMillisecond)->Iterations(3);
 
 }  // namespace
 

@@ -471,15 +471,57 @@ void place(Plan& plan, Block block, double y, std::optional<Rect> clip = std::nu
 
 // -------------------------------------------------------------------- media
 
-// A decoded picture as a Cairo surface, or none when the bytes do not decode.
-struct Picture {
-    cairo_surface_t* surface = nullptr;
-    Picture() = default;
+// A decoded picture as a Cairo surface, or none when the bytes do not decode,
+// with halved copies made on demand: a picture shrunk below half its size is
+// drawn from the copy nearest above the target size, so bilinear filtering
+// stays sharp and cheap from the stage down to the overview's small tiles.
+class Picture {
+public:
+    explicit Picture(cairo_surface_t* surface) : levels_{surface} {}
     Picture(const Picture&) = delete;
     Picture& operator=(const Picture&) = delete;
     ~Picture() {
-        if (surface) cairo_surface_destroy(surface);
+        for (cairo_surface_t* level : levels_) {
+            if (level) cairo_surface_destroy(level);
+        }
     }
+
+    cairo_surface_t* full() const { return levels_.front(); }
+
+    // The copy to draw at `scale` (device pixels per picture pixel): the
+    // smallest that is still at least half as large as what is drawn.
+    cairo_surface_t* forScale(double scale) const {
+        std::lock_guard lock(mutex_);
+        std::size_t level = 0;
+        while (scale < 0.5 && cairo_image_surface_get_width(levels_[level]) > 1 &&
+               cairo_image_surface_get_height(levels_[level]) > 1) {
+            if (level + 1 == levels_.size()) levels_.push_back(halve(levels_[level]));
+            ++level;
+            scale *= 2;
+        }
+        return levels_[level];
+    }
+
+private:
+    static cairo_surface_t* halve(cairo_surface_t* source) {
+        const int w = std::max(1, cairo_image_surface_get_width(source) / 2);
+        const int h = std::max(1, cairo_image_surface_get_height(source) / 2);
+        cairo_surface_t* half = cairo_image_surface_create(cairo_image_surface_get_format(source), w, h);
+        cairo_t* cr = cairo_create(half);
+        cairo_scale(cr, static_cast<double>(w) / cairo_image_surface_get_width(source),
+                    static_cast<double>(h) / cairo_image_surface_get_height(source));
+        cairo_set_source_surface(cr, source, 0, 0);
+        cairo_pattern_set_filter(cairo_get_source(cr), CAIRO_FILTER_GOOD);
+        cairo_pattern_set_extend(cairo_get_source(cr), CAIRO_EXTEND_PAD);
+        cairo_set_operator(cr, CAIRO_OPERATOR_SOURCE);
+        cairo_paint(cr);
+        cairo_destroy(cr);
+        cairo_surface_flush(half);
+        return half;
+    }
+
+    mutable std::mutex mutex_;
+    mutable std::vector<cairo_surface_t*> levels_;
 };
 
 cairo_surface_t* decode(const SharedBytes& bytes) {
@@ -536,8 +578,7 @@ std::shared_ptr<const Picture> decodedPicture(const SharedBytes& bytes) {
             }
         }
     }
-    auto picture = std::make_shared<Picture>();
-    picture->surface = decode(bytes);
+    auto picture = std::make_shared<Picture>(decode(bytes));
     std::lock_guard lock(mutex);
     recent.push_front({bytes, picture});
     if (recent.size() > keep) recent.pop_back();
@@ -618,27 +659,30 @@ Piece imagePiece(const Context& c, const Rect& area, double radius) {
                 cairo_clip(cr);
                 setSource(cr, colours.mediaBackground);
                 cairo_paint(cr);
-                if (picture && picture->surface) {
-                    const double w = cairo_image_surface_get_width(picture->surface);
-                    const double h = cairo_image_surface_get_height(picture->surface);
+                if (picture && picture->full()) {
+                    const double w = cairo_image_surface_get_width(picture->full());
+                    const double h = cairo_image_surface_get_height(picture->full());
                     const double scale = fill ? std::max(area.width / w, area.height / h)
                                               : std::min(area.width / w, area.height / h);
                     cairo_save(cr);
                     cairo_translate(cr, area.x + (area.width - w * scale) / 2, area.y + (area.height - h * scale) / 2);
                     cairo_scale(cr, scale, scale);
-                    cairo_set_source_surface(cr, picture->surface, 0, 0);
-                    // Smooth filtering where the picture shrinks a lot (thumbnails);
-                    // bilinear is as good and much cheaper near full size.
-                    double device = scale;
-                    {
-                        double dx = 1, dy = 0;
-                        cairo_user_to_device_distance(cr, &dx, &dy);
-                        device = std::hypot(dx, dy);
-                    }
-                    cairo_pattern_set_filter(cairo_get_source(cr), device < 0.5 ? CAIRO_FILTER_GOOD : CAIRO_FILTER_BILINEAR);
-                    cairo_pattern_set_extend(cairo_get_source(cr), CAIRO_EXTEND_PAD);
                     cairo_rectangle(cr, 0, 0, w, h);
                     cairo_clip(cr);
+                    if (cairo_surface_get_type(cairo_get_target(cr)) == CAIRO_SURFACE_TYPE_IMAGE) {
+                        // On screen and in thumbnails: the halved copy nearest the
+                        // size drawn, filtered bilinearly, its edges padded.
+                        double dx = 1, dy = 0;
+                        cairo_user_to_device_distance(cr, &dx, &dy);
+                        cairo_surface_t* copy = picture->forScale(std::hypot(dx, dy));
+                        cairo_scale(cr, w / cairo_image_surface_get_width(copy), h / cairo_image_surface_get_height(copy));
+                        cairo_set_source_surface(cr, copy, 0, 0);
+                        cairo_pattern_set_filter(cairo_get_source(cr), CAIRO_FILTER_BILINEAR);
+                        cairo_pattern_set_extend(cairo_get_source(cr), CAIRO_EXTEND_PAD);
+                    } else {
+                        // A PDF keeps the picture whole; the viewer scales it.
+                        cairo_set_source_surface(cr, picture->full(), 0, 0);
+                    }
                     cairo_paint_with_alpha(cr, colours.imageOpacity);
                     cairo_restore(cr);
                     if (colours.monochromeOverlay.alpha > 0) {

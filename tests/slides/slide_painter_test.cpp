@@ -459,6 +459,45 @@ TEST(SlidePainter, BodyListsHangAndLongBodiesShrinkToFit) {
     EXPECT_GT(shrunk.count({0, H - 110, W, 70}, primary, 0.3), 50u) << "down to its last line";
 }
 
+// An overview tile is the stage slide made small: text wraps at the same
+// words at every size, so a quarter-size drawing matches the full-size one
+// averaged down, up to anti-aliasing.
+TEST(SlidePainter, SmallTilesLookLikeTheStage) {
+    auto deck = DeckPackage::read(fs::path(LECTERN_EXAMPLES_DIR) / "Welcome.lectern");
+    ASSERT_TRUE(deck.ok());
+    SlidePaintOptions options;
+    options.deckTitle = deck->title.value_or("");
+    for (const Slide& slide : deck->slides) {
+        Drawn large(slide, options);
+        cairo_surface_t* small = cairo_image_surface_create(CAIRO_FORMAT_RGB24, 480, 270);
+        cairo_t* cr = cairo_create(small);
+        SlidePainter::paint(cr, slide, options, 480, 270);
+        cairo_destroy(cr);
+        cairo_surface_flush(small);
+        double difference = 0;
+        const unsigned char* data = cairo_image_surface_get_data(small);
+        const int stride = cairo_image_surface_get_stride(small);
+        for (int y = 0; y < 270; ++y) {
+            for (int x = 0; x < 480; ++x) {
+                std::uint32_t v = reinterpret_cast<const std::uint32_t*>(data + y * stride)[x];
+                Color mine{((v >> 16) & 255) / 255.0, ((v >> 8) & 255) / 255.0, (v & 255) / 255.0, 1};
+                Color sum{0, 0, 0, 1};
+                for (int j = 0; j < 4; ++j) {
+                    for (int i = 0; i < 4; ++i) {
+                        Color c = large.at((x * 4 + i) / 2.0, (y * 4 + j) / 2.0);
+                        sum.red += c.red / 16;
+                        sum.green += c.green / 16;
+                        sum.blue += c.blue / 16;
+                    }
+                }
+                difference += std::abs(mine.red - sum.red) + std::abs(mine.green - sum.green) + std::abs(mine.blue - sum.blue);
+            }
+        }
+        cairo_surface_destroy(small);
+        EXPECT_LT(difference / (480 * 270 * 3), 0.01) << slide.title;
+    }
+}
+
 TEST(SlidePainter, WelcomeDeckInEveryTheme) {
     auto deck = DeckPackage::read(fs::path(LECTERN_EXAMPLES_DIR) / "Welcome.lectern");
     ASSERT_TRUE(deck.ok());
