@@ -33,13 +33,15 @@ Color over(const Color& top, const Color& ground) {
     return {mix(top.red, ground.red), mix(top.green, ground.green), mix(top.blue, ground.blue), 1};
 }
 
-// A slide drawn at 1920 × 1080 pixels, read back in design points.
+// A slide drawn at 1920 × 1080 pixels (or `pixelsPerPoint` times the
+// design size), read back in design points.
 class Drawn {
 public:
-    Drawn(const Slide& slide, const SlidePaintOptions& options)
-        : surface_(cairo_image_surface_create(CAIRO_FORMAT_RGB24, 1920, 1080)) {
+    Drawn(const Slide& slide, const SlidePaintOptions& options, double pixelsPerPoint = 2)
+        : scale_(pixelsPerPoint),
+          surface_(cairo_image_surface_create(CAIRO_FORMAT_RGB24, int(W * scale_), int(H * scale_))) {
         cairo_t* cr = cairo_create(surface_);
-        SlidePainter::paint(cr, slide, options, 1920, 1080);
+        SlidePainter::paint(cr, slide, options, W * scale_, H * scale_);
         cairo_destroy(cr);
         cairo_surface_flush(surface_);
     }
@@ -52,12 +54,12 @@ public:
         fs::create_directories(folder);
         cairo_surface_write_to_png(surface_, (folder / (name + ".png")).c_str());
     }
-    Color at(double x, double y) const { return pixel(static_cast<int>(x * 2), static_cast<int>(y * 2)); }
-    // Pixels (at 2 per point) within a design rectangle that match.
+    Color at(double x, double y) const { return pixel(static_cast<int>(x * scale_), static_cast<int>(y * scale_)); }
+    // Pixels within a design rectangle that match.
     std::size_t count(const Rect& r, const std::function<bool(const Color&)>& match) const {
         std::size_t n = 0;
-        for (int y = std::max(0, int(r.y * 2)); y < std::min(1080, int((r.y + r.height) * 2)); ++y) {
-            for (int x = std::max(0, int(r.x * 2)); x < std::min(1920, int((r.x + r.width) * 2)); ++x) {
+        for (int y = std::max(0, int(r.y * scale_)); y < std::min(int(H * scale_), int((r.y + r.height) * scale_)); ++y) {
+            for (int x = std::max(0, int(r.x * scale_)); x < std::min(int(W * scale_), int((r.x + r.width) * scale_)); ++x) {
                 if (match(pixel(x, y))) ++n;
             }
         }
@@ -68,7 +70,7 @@ public:
     }
     bool samePixels(const Drawn& other) const {
         return std::memcmp(cairo_image_surface_get_data(surface_), cairo_image_surface_get_data(other.surface_),
-                           static_cast<std::size_t>(cairo_image_surface_get_stride(surface_)) * 1080) == 0;
+                           static_cast<std::size_t>(cairo_image_surface_get_stride(surface_)) * int(H * scale_)) == 0;
     }
 
 private:
@@ -77,6 +79,7 @@ private:
         std::uint32_t v = reinterpret_cast<const std::uint32_t*>(row)[x];
         return {((v >> 16) & 255) / 255.0, ((v >> 8) & 255) / 255.0, (v & 255) / 255.0, 1};
     }
+    double scale_;
     cairo_surface_t* surface_;
 };
 
@@ -372,6 +375,26 @@ TEST(SlidePainter, CardsMakeRoomForTheHeadingAndShowSubtitlesOnlyWhenAsked) {
         for (const auto& [id, r] : cards) n += d.count(r, muted, 0.04);
         return n;
     };
+    // In reveal mode at index 0 only the first card shows; the others keep
+    // their places, invisible.
+    Slide revealing = cardsSlide(4);
+    revealing.reveal = RevealMode::reveal;
+    SlidePaintOptions step0;
+    step0.reveal = {RevealMode::reveal, 0};
+    Drawn first(revealing, step0);
+    first.save("clinical-cards-reveal-first");
+    auto places = SlidePainter::geometry(revealing, step0).cards;
+    EXPECT_EQ(places, SlidePainter::geometry(revealing, options).cards);
+    const Color stage = ThemeStyle::of(Theme::clinical).stageBackground;
+    const Rect& one = places[0].second;
+    EXPECT_FALSE(near(first.at(one.x + one.width / 2, one.y + one.height - 6), stage));
+    for (std::size_t i = 1; i < 4; ++i) {
+        const Rect& r = places[i].second;
+        const Rect around{r.x - 2, r.y - 2, r.width + 4, r.height + 12};
+        EXPECT_EQ(first.count(around, stage, 0.005), first.count(around, [](const Color&) { return true; }))
+            << "card " << i;
+    }
+
     const std::size_t shown = subtitleInk(drawn);
     slide.showLinkSubtitles = false;
     Drawn hidden(slide, options);
@@ -468,32 +491,20 @@ TEST(SlidePainter, SmallTilesLookLikeTheStage) {
     SlidePaintOptions options;
     options.deckTitle = deck->title.value_or("");
     for (const Slide& slide : deck->slides) {
-        Drawn large(slide, options);
-        cairo_surface_t* small = cairo_image_surface_create(CAIRO_FORMAT_RGB24, 480, 270);
-        cairo_t* cr = cairo_create(small);
-        SlidePainter::paint(cr, slide, options, 480, 270);
-        cairo_destroy(cr);
-        cairo_surface_flush(small);
+        Drawn large(slide, options), small(slide, options, 0.5);
         double difference = 0;
-        const unsigned char* data = cairo_image_surface_get_data(small);
-        const int stride = cairo_image_surface_get_stride(small);
-        for (int y = 0; y < 270; ++y) {
-            for (int x = 0; x < 480; ++x) {
-                std::uint32_t v = reinterpret_cast<const std::uint32_t*>(data + y * stride)[x];
-                Color mine{((v >> 16) & 255) / 255.0, ((v >> 8) & 255) / 255.0, (v & 255) / 255.0, 1};
-                Color sum{0, 0, 0, 1};
-                for (int j = 0; j < 4; ++j) {
-                    for (int i = 0; i < 4; ++i) {
-                        Color c = large.at((x * 4 + i) / 2.0, (y * 4 + j) / 2.0);
-                        sum.red += c.red / 16;
-                        sum.green += c.green / 16;
-                        sum.blue += c.blue / 16;
+        for (double y = 0; y < H; y += 2) {
+            for (double x = 0; x < W; x += 2) {
+                Color mine = small.at(x, y), sum{0, 0, 0, 1};
+                for (double dy = 0; dy < 2; dy += 0.5) {
+                    for (double dx = 0; dx < 2; dx += 0.5) {
+                        Color c = large.at(x + dx, y + dy);
+                        sum = {sum.red + c.red / 16, sum.green + c.green / 16, sum.blue + c.blue / 16, 1};
                     }
                 }
                 difference += std::abs(mine.red - sum.red) + std::abs(mine.green - sum.green) + std::abs(mine.blue - sum.blue);
             }
         }
-        cairo_surface_destroy(small);
         EXPECT_LT(difference / (480 * 270 * 3), 0.01) << slide.title;
     }
 }
