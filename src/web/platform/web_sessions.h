@@ -1,0 +1,65 @@
+#pragma once
+
+#include <webkit/webkit.h>
+
+#include <filesystem>
+#include <functional>
+#include <optional>
+#include <string>
+#include <unordered_map>
+
+#include "app/platform/gobject_ref.h"
+#include "model/result.h"
+#include "model/uuid.h"
+#include "present/http_transport.h"
+#include "web/website_data_stores.h"
+
+namespace lectern {
+
+// The website data stores of the web engine: one network session for the
+// shared browser session and one per browser profile, each with its own
+// data and cache folders and its cookies kept on disk, so that a sign-in
+// survives a restart. Sessions are made on first use and kept for the
+// process (the store cache). Main thread only.
+class WebSessions : public WebsiteDataStores, public CookieSource {
+public:
+    // Stores under <dataRoot>/shared and <dataRoot>/profiles/<UUID>, and the
+    // same under cacheRoot.
+    WebSessions(std::filesystem::path dataRoot, std::filesystem::path cacheRoot);
+    ~WebSessions() override;
+    WebSessions(const WebSessions&) = delete;
+    WebSessions& operator=(const WebSessions&) = delete;
+
+    // The process's stores, under $XDG_DATA_HOME/lectern/web and
+    // $XDG_CACHE_HOME/lectern/web.
+    static WebSessions& shared();
+
+    // The session of a profile (none: the shared session), made on first
+    // use. The pointer stays valid while the entry is cached.
+    WebKitNetworkSession* session(const std::optional<Uuid>& profileId);
+    std::filesystem::path dataFolder(const std::optional<Uuid>& profileId) const;
+    std::filesystem::path cacheFolder(const std::optional<Uuid>& profileId) const;
+
+    void erase(const std::optional<Uuid>& profileId, std::function<void()> done) override;
+    void dropCached(const Uuid& profileId) override;
+    // Removing fails while anything (the cache, a view) still holds the
+    // profile's session, or when a folder cannot be deleted.
+    Status removeStore(const Uuid& profileId) override;
+
+    // The cookies of a profile's store, for demo requests that send them.
+    void allCookies(const std::optional<Uuid>& profileId,
+                    std::function<void(std::vector<HttpCookie>)> done) override;
+
+private:
+    GObjectRef<WebKitNetworkSession> makeSession(const std::optional<Uuid>& profileId) const;
+
+    std::filesystem::path dataRoot_;
+    std::filesystem::path cacheRoot_;
+    GObjectRef<WebKitNetworkSession> shared_;
+    std::unordered_map<Uuid, GObjectRef<WebKitNetworkSession>> profiles_;
+    // Sessions dropped from the cache, watched so that a removal can tell
+    // whether something still holds one.
+    std::unordered_map<Uuid, GWeakRef*> dropped_;
+};
+
+}  // namespace lectern

@@ -1,0 +1,60 @@
+#pragma once
+
+#include <webkit/webkit.h>
+
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "app/platform/gobject_ref.h"
+#include "web/web_page.h"
+
+namespace lectern {
+
+class WebSessions;
+
+// A WebPage over a WebKitWebView of the web engine. The view is a widget:
+// put widget() into a container to show the page; a page in no window still
+// loads (hidden pages of the prefetcher and the check).
+class WebKitPage : public WebPage, public std::enable_shared_from_this<WebKitPage> {
+public:
+    // A new view in `session` with JavaScript on.
+    explicit WebKitPage(WebKitNetworkSession* session);
+    ~WebKitPage() override;
+
+    GtkWidget* widget() const { return GTK_WIDGET(view_.get()); }
+    WebKitWebView* view() const { return view_.get(); }
+
+    void load(const std::string& url) override;
+    void stopLoading() override;
+    std::string currentUrl() const override;
+    bool isLoading() const override;
+    double zoom() const override;
+    void setZoom(double zoom) override;
+    void setDelegate(WebPageDelegate* delegate) override;
+
+    void evaluateAsyncFunction(const std::string& body,
+                               std::function<void(Result<std::optional<std::string>>)> done) override;
+    void reload() override;
+
+private:
+    GObjectRef<WebKitWebView> view_;
+    WebPageDelegate* delegate_ = nullptr;
+    std::vector<gulong> handlers_;
+    // Script calls in flight hold this; the page going away cancels them.
+    GObjectRef<GCancellable> cancellable_;
+};
+
+// Pages in the store of a profile, from a set of sessions.
+class WebKitPageFactory : public WebPageFactory {
+public:
+    explicit WebKitPageFactory(WebSessions& sessions) : sessions_(sessions) {}
+    std::shared_ptr<WebPage> makePage(const std::optional<Uuid>& profileId) override;
+    // The same, with the engine's type, for panes that show the view.
+    std::shared_ptr<WebKitPage> makeWebKitPage(const std::optional<Uuid>& profileId);
+
+private:
+    WebSessions& sessions_;
+};
+
+}  // namespace lectern
