@@ -5,6 +5,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "app/platform/gobject_ref.h"
 #include "web/web_page.h"
@@ -38,9 +39,14 @@ public:
     void reload() override;
 
 private:
+    void armTimeout();
+    void disarmTimeout();
+
     GObjectRef<WebKitWebView> view_;
     WebPageDelegate* delegate_ = nullptr;
     std::vector<gulong> handlers_;
+    guint timeout_ = 0;    // the running load's time-out
+    bool failed_ = false;  // the running load failed already
     // Script calls in flight hold this; the page going away cancels them.
     GObjectRef<GCancellable> cancellable_;
 };
