@@ -1,0 +1,99 @@
+#include "web/web_pane_controller.h"
+
+#include "web/web_prefetcher.h"
+
+namespace lectern {
+
+WebPaneController::WebPaneController(Inputs inputs, WebPageFactory& pages, Scheduler& scheduler,
+                                     WebPrefetcher* prefetcher, std::optional<Uuid> windowId,
+                                     std::shared_ptr<LiveWebViewRegistry> registry)
+    : inputs_(std::move(inputs)),
+      scheduler_(scheduler),
+      prefetcher_(windowId ? prefetcher : nullptr),
+      windowId_(std::move(windowId)),
+      registry_(std::move(registry)) {
+    PrefetchKey key{inputs_.url, inputs_.profileId};
+    if (prefetcher_) {
+        page_ = prefetcher_->adopt(*windowId_, key);
+        prefetchKey_ = key;
+        adopted_ = page_ != nullptr;
+    }
+    if (!page_) page_ = pages.makePage(inputs_.profileId);
+    page_->setDelegate(this);
+    if (page_->zoom() != inputs_.zoom) page_->setZoom(inputs_.zoom);
+    registerPage();
+
+    if (page_->isLoading()) {
+        // A prefetched page still on its way: it finishes under our eyes.
+        postStatus(WebLoadStatus::loading());
+    } else if (page_->currentUrl().empty() || page_->currentUrl() != inputs_.url) {
+        loadCurrent();
+    } else {
+        // A prefetched page that is already there: shown as it is.
+        postStatus(WebLoadStatus::loaded());
+    }
+}
+
+WebPaneController::~WebPaneController() {
+    *alive_ = false;
+    page_->setDelegate(nullptr);
+    // The registry forgets the page unless a later pane took the entry.
+    if (registry_ && inputs_.slideId && registry_->lookup(*inputs_.slideId) == page_) {
+        registry_->unregisterView(*inputs_.slideId);
+    }
+    if (prefetcher_ && prefetchKey_) {
+        if (prefetcher_->takeBack(page_, *windowId_, *prefetchKey_)) return;  // lives on, hidden
+    }
+    page_->stopLoading();
+}
+
+void WebPaneController::update(const Inputs& inputs) {
+    bool urlChanged = inputs.url != inputs_.url;
+    inputs_ = inputs;
+    if (page_->zoom() != inputs_.zoom) page_->setZoom(inputs_.zoom);  // never reloads
+    if (lastLoadedUrl_ && inputs_.url == *lastLoadedUrl_) return;
+    if (!lastLoadedUrl_ && !urlChanged) return;  // an adopted page of this address
+    PrefetchKey key{inputs_.url, inputs_.profileId};
+    if (prefetcher_) {
+        if (prefetchKey_) prefetcher_->release(*windowId_, *prefetchKey_);
+        prefetchKey_ = key;
+    }
+    registerPage();
+    loadCurrent();
+}
+
+void WebPaneController::registerPage() {
+    if (registry_ && inputs_.slideId) registry_->registerView(*inputs_.slideId, page_);
+}
+
+void WebPaneController::loadCurrent() {
+    page_->load(inputs_.url);
+    lastLoadedUrl_ = inputs_.url;
+    postStatus(WebLoadStatus::loading());
+}
+
+void WebPaneController::postStatus(WebLoadStatus status) {
+    // Written on the next turn, never while the caller is still building or
+    // updating the view.
+    scheduler_.after(0, [this, alive = alive_, status = std::move(status)] {
+        if (!*alive || status_ == status) return;
+        status_ = status;
+        statusChanged_.emit();
+    });
+}
+
+void WebPaneController::loadFinished() { postStatus(WebLoadStatus::loaded()); }
+
+void WebPaneController::loadFailed(const std::string& message, bool cancelled) {
+    // A load replaced by another is not a failure.
+    if (cancelled) return;
+    postStatus(WebLoadStatus::failed(message));
+}
+
+void WebPaneController::processTerminated() { page_->reload(); }
+
+void WebPaneController::newWindowRequested(const std::string& url) {
+    if (!url.empty()) page_->load(url);
+}
+
+}  // namespace lectern

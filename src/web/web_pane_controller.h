@@ -1,0 +1,76 @@
+#pragma once
+
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "model/signal.h"
+#include "model/uuid.h"
+#include "present/scheduler.h"
+#include "web/live_web_view_registry.h"
+#include "web/prefetch_key.h"
+#include "web/web_load_status.h"
+#include "web/web_page.h"
+
+namespace lectern {
+
+class WebPrefetcher;
+
+// The live page of a web slide on a window's stage: takes the prefetched
+// page or makes one in the slide's browser profile, loads by fixed rules
+// (an address change reloads, a zoom change never does), reports its load
+// status, and registers the page under the slide's id for demo actions and
+// Reset Web Page. Going away, it hands a still-wanted page back to the
+// prefetcher so that coming back shows it at once. Main thread only.
+class WebPaneController : private WebPageDelegate {
+public:
+    struct Inputs {
+        std::string url;  // never empty: a slide without an address shows no pane
+        std::optional<Uuid> profileId;
+        std::optional<Uuid> slideId;
+        double zoom = 1.0;
+        friend bool operator==(const Inputs&, const Inputs&) = default;
+    };
+    // `prefetcher` and `windowId` may be absent (no prefetching then);
+    // `registry` may be null.
+    WebPaneController(Inputs inputs, WebPageFactory& pages, Scheduler& scheduler, WebPrefetcher* prefetcher,
+                      std::optional<Uuid> windowId, std::shared_ptr<LiveWebViewRegistry> registry);
+    ~WebPaneController() override;
+    WebPaneController(const WebPaneController&) = delete;
+    WebPaneController& operator=(const WebPaneController&) = delete;
+
+    void update(const Inputs& inputs);
+
+    const std::shared_ptr<WebPage>& page() const { return page_; }
+    const WebLoadStatus& status() const { return status_; }
+    const Inputs& inputs() const { return inputs_; }
+    // True when the page came from the prefetcher.
+    bool adopted() const { return adopted_; }
+    // Emitted on the main-loop turn after the status changed.
+    Signal<>& statusChanged() { return statusChanged_; }
+
+private:
+    void loadCurrent();
+    void postStatus(WebLoadStatus status);
+    void registerPage();
+
+    void loadFinished() override;
+    void loadFailed(const std::string& message, bool cancelled) override;
+    void processTerminated() override;
+    void newWindowRequested(const std::string& url) override;
+
+    Inputs inputs_;
+    Scheduler& scheduler_;
+    WebPrefetcher* prefetcher_;
+    std::optional<Uuid> windowId_;
+    std::shared_ptr<LiveWebViewRegistry> registry_;
+    std::shared_ptr<WebPage> page_;
+    std::optional<PrefetchKey> prefetchKey_;
+    std::optional<std::string> lastLoadedUrl_;
+    WebLoadStatus status_;
+    bool adopted_ = false;
+    Signal<> statusChanged_;
+    std::shared_ptr<bool> alive_ = std::make_shared<bool>(true);
+};
+
+}  // namespace lectern
