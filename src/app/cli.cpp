@@ -1,11 +1,14 @@
 #include "app/cli.h"
 
+#include <algorithm>
 #include <filesystem>
+#include <memory>
 #include <ostream>
 
 #include "model/deck_package.h"
 #include "present/deck_outline.h"
 #include "slides/deck_previews.h"
+#include "web/web_slide_checker.h"
 
 namespace lectern {
 
@@ -13,7 +16,10 @@ namespace {
 
 constexpr int exitError = 2;
 
-const char* const usage = "Usage: lectern-cli dump DECK | outline DECK [--json] | export DECK OUT.pdf";
+constexpr int exitNeedsAttention = 1;
+
+const char* const usage =
+    "Usage: lectern-cli dump DECK | outline DECK [--json] | export DECK OUT.pdf | check DECK";
 
 std::optional<Deck> open(const std::filesystem::path& package, std::ostream& err) {
     auto deck = DeckPackage::read(package);
@@ -56,9 +62,67 @@ int exportDeck(const std::filesystem::path& package, const std::filesystem::path
     return 0;
 }
 
+// "04  Pricing  redirected  Redirected to example.com/login"
+std::string reportLine(const WebSlideChecker::Entry& entry) {
+    std::string line = WebSlideChecker::rowTitle(entry);
+    if (!entry.outcome) return line + "  not checked";
+    switch (entry.outcome->kind) {
+        case WebCheckOutcome::Kind::ok: line += "  ok"; break;
+        case WebCheckOutcome::Kind::redirected: line += "  redirected  "; break;
+        case WebCheckOutcome::Kind::failed: line += "  failed  "; break;
+    }
+    line += entry.outcome->text;
+    return line;
+}
+
+// Loads every web slide of the deck as the app's check does and prints a
+// line per slide and the summary. Exit status 1 when any needs attention.
+int check(const std::filesystem::path& package, const CliWebEngineStarter& startWebEngine, std::ostream& out,
+          std::ostream& err) {
+    auto deck = open(package, err);
+    if (!deck) return exitError;
+    bool anyToLoad = std::any_of(deck->slides.begin(), deck->slides.end(), [](const Slide& slide) {
+        return slide.layout == SlideLayout::web && slide.url && !slide.url->empty();
+    });
+
+    std::unique_ptr<CliWebEngine> engine;
+    if (anyToLoad) {
+        if (!startWebEngine) {
+            err << "lectern-cli: no web engine to load pages with\n";
+            return exitError;
+        }
+        auto started = startWebEngine();
+        if (!started) {
+            err << "lectern-cli: " << started.error().message << "\n";
+            return exitError;
+        }
+        engine = std::move(started).value();
+    }
+
+    // With nothing to load, the check asks for no page and sets no timer.
+    struct NoPages : WebPageFactory {
+        std::shared_ptr<WebPage> makePage(const std::optional<Uuid>&) override { return nullptr; }
+    } noPages;
+    struct NoTime : Scheduler {
+        double now() const override { return 0; }
+        TimerId after(double, std::function<void()>) override { return 1; }
+        void cancel(TimerId) override {}
+    } noTime;
+
+    WebSlideChecker checker(engine ? engine->pages() : noPages, engine ? engine->scheduler() : noTime);
+    checker.run(*deck);
+    if (engine) engine->runUntil([&] { return !checker.isRunning(); });
+
+    for (const auto& entry : checker.entries()) out << reportLine(entry) << "\n";
+    out << checker.summary() << "\n";
+    return checker.attentionCount() > 0 ? exitNeedsAttention : 0;
+}
+
 }  // namespace
 
-int runCli(const std::vector<std::string>& arguments, std::ostream& out, std::ostream& err) {
+int runCli(const std::vector<std::string>& arguments, std::ostream& out, std::ostream& err,
+           const CliWebEngineStarter& startWebEngine) {
+    if (arguments.size() == 2 && arguments[0] == "check") return check(arguments[1], startWebEngine, out, err);
     if (arguments.size() == 2 && arguments[0] == "dump") return dump(arguments[1], out, err);
     if (arguments.size() == 3 && arguments[0] == "export") return exportDeck(arguments[1], arguments[2], err);
     if (arguments.size() == 2 && arguments[0] == "outline") return outline(arguments[1], false, out, err);

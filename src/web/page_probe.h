@@ -1,0 +1,61 @@
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "model/uuid.h"
+#include "present/scheduler.h"
+#include "web/web_check_outcome.h"
+#include "web/web_page.h"
+
+namespace lectern {
+
+// Loads one address in a hidden page of a browser profile's store and tells
+// how that went, once: the first of a time-out, an HTTP error status of the
+// main frame, a failed load or a finished load counts. Finishing stops the
+// page and lets it go. Main thread only; always held by a shared_ptr.
+class PageProbe : public WebPageDelegate, public std::enable_shared_from_this<PageProbe> {
+public:
+    static constexpr double defaultTimeLimitSeconds = 20;
+
+    using Done = std::function<void(WebCheckOutcome)>;
+
+    // Makes the page and starts loading `url`. `done` may be called before
+    // this returns (a page that fails at once) and never after cancel().
+    static std::shared_ptr<PageProbe> start(WebPageFactory& pages, Scheduler& scheduler, std::string url,
+                                            const std::optional<Uuid>& profileId, Done done,
+                                            double timeLimitSeconds = defaultTimeLimitSeconds);
+    ~PageProbe() override;
+    PageProbe(const PageProbe&) = delete;
+    PageProbe& operator=(const PageProbe&) = delete;
+
+    // Stops loading and lets the page go without an outcome.
+    void cancel();
+    bool isFinished() const { return !done_; }
+    const std::string& requested() const { return requested_; }
+
+    // "Timed out after 20 s".
+    static std::string timeoutMessage(double seconds);
+
+    void responseReceived(int status) override;
+    void loadFinished() override;
+    void loadFailed(const std::string& message, bool cancelled) override;
+    void processTerminated() override;
+
+private:
+    PageProbe(Scheduler& scheduler, std::string url, Done done);
+    void finish(WebCheckOutcome outcome);
+    // Stops the page, detaches from it and drops it on the next turn of the
+    // main loop, as this may run inside one of the page's own callbacks.
+    void release();
+
+    Scheduler& scheduler_;
+    std::string requested_;
+    Done done_;
+    std::shared_ptr<WebPage> page_;
+    Scheduler::TimerId timer_ = 0;
+};
+
+}  // namespace lectern
