@@ -218,6 +218,7 @@ Piece textPiece(LayoutPtr layout, double x, double y, Color colour) {
 struct Plan {
     std::vector<Piece> pieces;
     std::optional<Rect> media;
+    double mediaRadius = 0;
     std::vector<std::pair<Uuid, Rect>> cards;
 };
 
@@ -784,6 +785,7 @@ std::vector<Piece> webPieces(const Context& c, const Rect& area, double radius) 
 void placeMedia(Plan& plan, const Context& c, const Rect& area, bool fullBleed) {
     plan.media = area;
     const double radius = fullBleed ? 0 : mediaRadius;
+    plan.mediaRadius = radius;
     if (c.slide.layout == SlideLayout::web) {
         for (auto& piece : webPieces(c, area, radius)) plan.pieces.push_back(std::move(piece));
     } else {
@@ -1027,6 +1029,7 @@ SlideGeometry SlidePainter::geometry(const Slide& slide, const SlidePaintOptions
     Plan plan = planSlide(slide, options);
     geometry.mediaArea = plan.media;
     geometry.mediaIsWeb = plan.media && slide.layout == SlideLayout::web;
+    geometry.mediaRadius = plan.mediaRadius;
     geometry.cards = std::move(plan.cards);
     return geometry;
 }

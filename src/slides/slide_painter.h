@@ -42,6 +42,7 @@ struct SlidePaintOptions {
 struct SlideGeometry {
     std::optional<Rect> mediaArea;
     bool mediaIsWeb = false;
+    double mediaRadius = 0;  // its corners' radius; 0 when it fills the slide's edge
     std::vector<std::pair<Uuid, Rect>> cards;  // in link order
 };
 

@@ -10,6 +10,9 @@
 #include "app/platform/stage_view.h"
 #include "present/key_monitor.h"
 #include "present/platform/soup_http_transport.h"
+#include "web/platform/web_card.h"
+#include "web/platform/web_services.h"
+#include "web/web_prefetcher.h"
 
 namespace lectern {
 
@@ -19,6 +22,12 @@ constexpr int notesHeight = 160;
 
 // "~/Talks" for a package in /home/me/Talks: where the deck lives, as GNOME
 // applications show it under the title.
+// Demo requests that send a profile's cookies read them from the same
+// stores the live pages use; the stores live for the process.
+std::shared_ptr<CookieSource> profileCookies() {
+    return std::shared_ptr<CookieSource>(&WebServices::shared().sessions(), [](CookieSource*) {});
+}
+
 std::string folderSubtitle(const std::optional<std::filesystem::path>& package) {
     if (!package) return {};
     std::string folder = package->parent_path().string();
@@ -40,7 +49,7 @@ DeckWindow::DeckWindow(Scheduler& scheduler, PreferencesStore& preferences, Deck
       deck_(std::move(deck)),
       package_(std::move(package)),
       madeElsewhere_(deck_),
-      state_(std::make_unique<PresentationState>(scheduler, preferences, makeActionRunner(nullptr))),
+      state_(std::make_unique<PresentationState>(scheduler, preferences, makeActionRunner(profileCookies()))),
       hudController_(scheduler, [this](bool visible) { state_->setHudVisible(visible); }) {
     state_->setWindow(this);
     set_title(windowTitle());
@@ -78,7 +87,10 @@ DeckWindow::DeckWindow(Scheduler& scheduler, PreferencesStore& preferences, Deck
 }
 
 DeckWindow::~DeckWindow() {
-    // Take the widgets down while the state they observe is still here.
+    // Take the widgets down while the state they observe is still here. The
+    // live page goes first, and this window wants no page kept any more.
+    WebServices::shared().prefetcher().setWanted(windowId_, {});
+    if (webCard_) webCard_->clear();
     trustReview_.close();
     panel_.reset();
     stateConnection_.disconnect();
@@ -134,10 +146,25 @@ void DeckWindow::buildContent() {
     hud_->set_margin_bottom(24);
     hudHoverConnection_ = hud_->hovering().connect([this](bool hovering) { hudController_.setHovering(hovering); });
 
+    auto& web = WebServices::shared();
+    webCard_ = Gtk::make_managed<WebCard>(web.pages(), scheduler_, &web.prefetcher(), windowId_, state_->liveWebViews());
+    webZoomConnection_ = webCard_->zoomRequested().connect([this](double zoom) { setCurrentWebZoom(zoom); });
+    webCardStyle_ = Gtk::CssProvider::create();
+    webCard_->get_style_context()->add_provider(webCardStyle_, GTK_STYLE_PROVIDER_PRIORITY_APPLICATION);
+
     auto* stageOverlay = Gtk::make_managed<Gtk::Overlay>();
     stageOverlay->set_vexpand(true);
     stageOverlay->set_child(*stage_);
+    // The live page lies over the slide's web area, under the HUD.
+    stageOverlay->add_overlay(*webCard_);
     stageOverlay->add_overlay(*hud_);
+    stageOverlay->signal_get_child_position().connect(
+        [this](Gtk::Widget* child, Gdk::Rectangle& allocation) {
+            if (child != webCard_) return false;
+            placeWebCard(allocation);
+            return true;
+        },
+        false);
     // The HUD comes up when the pointer nears the bottom edge of the stage
     // alone, and goes two seconds after it leaves.
     auto motion = Gtk::EventControllerMotion::create();
@@ -347,6 +374,7 @@ void DeckWindow::stateChanged(PresentationField field) {
     case PresentationField::revealIndex: showCurrentSlide(); break;
     case PresentationField::editorOpen:
         refreshChrome();
+        refreshWebPages();
         updateActions();
         if (panel_) panel_->refresh();
         // Leaving the editor asks about actions made elsewhere first; both
@@ -368,7 +396,46 @@ void DeckWindow::stateChanged(PresentationField field) {
 }
 
 void DeckWindow::showCurrentSlide() {
-    stage_->show(state_->currentSlide(deck_.slides), state_->revealIndex(), paintOptions());
+    const Slide* slide = state_->currentSlide(deck_.slides);
+    SlidePaintOptions options = paintOptions();
+    // The live page covers the web area: the painter leaves it empty.
+    options.drawWebPlaceholder = !(slide && slide->layout == SlideLayout::web);
+    stage_->show(slide, state_->revealIndex(), options);
+    refreshWebPages();
+}
+
+void DeckWindow::refreshWebPages() {
+    // The new wish list goes first, so that the page leaving the stage is
+    // kept hidden when it is still wanted (going back shows it at once).
+    WebServices::shared().prefetcher().setWanted(
+        windowId_, WebPrefetcher::wantedKeys(deck_.slides, state_->current(), state_->editorOpen()));
+    webCard_->show(state_->currentSlide(deck_.slides), state_->editorOpen());
+    webCard_->queue_resize();
+}
+
+void DeckWindow::placeWebCard(Gdk::Rectangle& allocation) {
+    auto area = stage_->webArea();
+    if (!area) {
+        allocation = Gdk::Rectangle(0, 0, 1, 1);
+        return;
+    }
+    allocation = Gdk::Rectangle(static_cast<int>(area->rect.x), static_cast<int>(area->rect.y),
+                                std::max(1, static_cast<int>(area->rect.width)),
+                                std::max(1, static_cast<int>(area->rect.height)));
+    // The page's corners follow the slide's rounded media frame at any size.
+    double radius = std::round(area->radius);
+    if (radius != webCardRadius_) {
+        webCardRadius_ = radius;
+        webCardStyle_->load_from_data(".web-card { border-radius: " + std::to_string(static_cast<int>(radius)) + "px; }");
+    }
+}
+
+void DeckWindow::setCurrentWebZoom(double zoom) {
+    const Slide* slide = state_->currentSlide(deck_.slides);
+    if (!slide || slide->layout != SlideLayout::web || slide->webZoom == zoom) return;
+    Deck changed = deck_;
+    changed.slides[static_cast<std::size_t>(state_->current())].webZoom = zoom;
+    setDeck(std::move(changed));
 }
 
 void DeckWindow::refreshChrome() {

@@ -25,6 +25,7 @@ class HudBar;
 class OverviewGrid;
 class PresenterPanel;
 class StageView;
+class WebCard;
 
 // The window of one open deck, with its own presentation state. In the
 // editor it shows a header bar, the stage and the presenter notes; while the
@@ -54,6 +55,10 @@ public:
     SlidePaintOptions paintOptions() const;
 
     StageView& stage() { return *stage_; }
+    // The live page of the current web slide.
+    WebCard& webCard() { return *webCard_; }
+    // Names this window to the web prefetcher and the profiles register.
+    const Uuid& windowId() const { return windowId_; }
     OverviewGrid& overview() { return *overview_; }
     HudBar& hud() { return *hud_; }
     PresenterPanel* presenterPanel() { return panel_.get(); }
@@ -71,6 +76,10 @@ private:
     void updateActions();
     void stateChanged(PresentationField field);
     void showCurrentSlide();
+    // The prefetcher's wish list of this window, then the live page.
+    void refreshWebPages();
+    void placeWebCard(Gdk::Rectangle& allocation);
+    void setCurrentWebZoom(double zoom);
     std::string windowTitle() const;
     void sizeToScreen();
     void refreshChrome();
@@ -79,6 +88,7 @@ private:
     void refreshPresenterPanel();
     void refreshTrustReview();
 
+    Uuid windowId_ = Uuid::random();
     Scheduler& scheduler_;
     PreferencesStore& preferences_;
     Deck deck_;
@@ -93,6 +103,9 @@ private:
     GObjectRef<AdwWindowTitle> title_;
     Gtk::Stack* pages_ = nullptr;
     StageView* stage_ = nullptr;
+    WebCard* webCard_ = nullptr;
+    Glib::RefPtr<Gtk::CssProvider> webCardStyle_;
+    double webCardRadius_ = -1;
     HudBar* hud_ = nullptr;
     OverviewGrid* overview_ = nullptr;
     Gtk::Revealer* notesRevealer_ = nullptr;
@@ -110,6 +123,7 @@ private:
     Signal<bool>::Connection hudHoverConnection_;
     Signal<const std::string&>::Connection cardConnection_;
     Signal<std::int64_t>::Connection tileConnection_;
+    Signal<double>::Connection webZoomConnection_;
 };
 
 }  // namespace lectern

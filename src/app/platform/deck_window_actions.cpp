@@ -4,6 +4,8 @@
 #include <algorithm>
 
 #include "app/platform/deck_window.h"
+#include "web/platform/web_services.h"
+#include "web/web_zoom.h"
 
 namespace lectern {
 
@@ -26,13 +28,25 @@ void DeckWindow::buildActions() {
             if (auto view = state_->liveWebViews()->lookup(slide->id)) view->reload();
         }
     });
+    add("zoom-in", [this] {
+        if (const Slide* slide = state_->currentSlide(deck_.slides)) setCurrentWebZoom(WebZoom::zoomIn(slide->webZoom));
+    });
+    add("zoom-out", [this] {
+        if (const Slide* slide = state_->currentSlide(deck_.slides)) setCurrentWebZoom(WebZoom::zoomOut(slide->webZoom));
+    });
+    add("actual-size", [this] { setCurrentWebZoom(1.0); });
+    add("clear-shared-web-session", [this] {
+        auto& web = WebServices::shared();
+        web.prefetcher().discardAll();
+        web.sessions().erase(std::nullopt, [] {});
+        showToast("Shared web session cleared");
+        refreshWebPages();
+    });
     add("close", [this] { close(); });
 
-    // Commands whose parts are not in this build yet: editing slides, page
-    // zoom, the web slide check and the shared web session. They stay in
-    // the menus, greyed out.
-    for (const char* name : {"new-slide", "delete-slide", "zoom-in", "zoom-out", "actual-size", "check-web-slides",
-                             "clear-shared-web-session"}) {
+    // Commands whose parts are not in this build yet: editing slides and the
+    // web slide check. They stay in the menus, greyed out.
+    for (const char* name : {"new-slide", "delete-slide", "check-web-slides"}) {
         add(name, [] {});
         actions_[name]->set_enabled(false);
     }
@@ -61,6 +75,10 @@ void DeckWindow::updateActions() {
     const Slide* slide = state_->currentSlide(slides);
     bool hasLivePage = slide && slide->layout == SlideLayout::web && state_->liveWebViews()->lookup(slide->id);
     actions_["reset-web-page"]->set_enabled(hasLivePage);
+    bool isWebPage = slide && slide->layout == SlideLayout::web && slide->url;
+    actions_["zoom-in"]->set_enabled(isWebPage && WebZoom::zoomIn(slide->webZoom) != slide->webZoom);
+    actions_["zoom-out"]->set_enabled(isWebPage && WebZoom::zoomOut(slide->webZoom) != slide->webZoom);
+    actions_["actual-size"]->set_enabled(isWebPage && !WebZoom::isActualSize(slide->webZoom));
 }
 
 }  // namespace lectern

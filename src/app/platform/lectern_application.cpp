@@ -5,6 +5,7 @@
 #include "app/platform/app_style.h"
 #include "app/platform/deck_commands.h"
 #include "app/platform/deck_window.h"
+#include "web/platform/web_services.h"
 #include "app/platform/start_window.h"
 #include "model/deck_package.h"
 
@@ -58,6 +59,12 @@ void LecternApplication::on_startup() {
                                                                              command.accelerators.end()));
         }
     }
+}
+
+void LecternApplication::on_shutdown() {
+    // Hidden pages stop with the application; nothing is loaded any more.
+    WebServices::shared().prefetcher().terminate();
+    Gtk::Application::on_shutdown();
 }
 
 void LecternApplication::on_activate() {

@@ -48,6 +48,7 @@ protected:
     explicit LecternApplication(Gio::Application::Flags flags, PreferencesStore* preferences);
     void on_startup() override;
     void on_activate() override;
+    void on_shutdown() override;
     void on_open(const type_vec_files& files, const Glib::ustring& hint) override;
 
 private:

@@ -106,6 +106,18 @@ std::optional<std::size_t> StageView::cardAt(double x, double y) const {
     return std::nullopt;
 }
 
+std::optional<StageView::WebArea> StageView::webArea() const {
+    if (!slide_ || slide_->layout != SlideLayout::web) return std::nullopt;
+    auto geometry = SlidePainter::geometry(*slide_, options_);
+    if (!geometry.mediaArea) return std::nullopt;
+    Rect area = slideArea();
+    auto fit = SlidePainter::fit(area.width, area.height);
+    const Rect& media = *geometry.mediaArea;
+    Rect rect{std::round(area.x + fit.offsetX + media.x * fit.scale), std::round(area.y + fit.offsetY + media.y * fit.scale),
+              std::round(media.width * fit.scale), std::round(media.height * fit.scale)};
+    return WebArea{rect, geometry.mediaRadius * fit.scale};
+}
+
 std::vector<double> StageView::appearance() const { return animation_.values(monotonicSeconds()); }
 
 void StageView::draw(const Cairo::RefPtr<Cairo::Context>& cr, int width, int height) {

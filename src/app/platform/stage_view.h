@@ -36,6 +36,13 @@ public:
 
     // Where the slide is drawn, in view coordinates.
     Rect slideArea() const { return slideArea(get_width(), get_height()); }
+    // Where a web slide's live page goes, in view coordinates, with the
+    // radius of its corners; none for other slides.
+    struct WebArea {
+        Rect rect;
+        double radius = 0;
+    };
+    std::optional<WebArea> webArea() const;
     // The shown card of a decisions slide under a point of the view, as its
     // index in the slide's links.
     std::optional<std::size_t> cardAt(double x, double y) const;

@@ -1,0 +1,150 @@
+#include "web/platform/web_card.h"
+
+#include "web/platform/webkit_page.h"
+#include "web/web_prefetcher.h"
+#include "web/web_zoom.h"
+
+namespace lectern {
+
+WebCard::WebCard(WebKitPageFactory& pages, Scheduler& scheduler, WebPrefetcher* prefetcher,
+                 std::optional<Uuid> windowId, std::shared_ptr<LiveWebViewRegistry> registry)
+    : pages_(pages),
+      scheduler_(scheduler),
+      prefetcher_(prefetcher),
+      windowId_(std::move(windowId)),
+      registry_(std::move(registry)) {
+    add_css_class("web-card");
+    // The page is clipped to the card's rounded corners.
+    set_overflow(Gtk::Overflow::HIDDEN);
+    host_.set_hexpand(true);
+    host_.set_vexpand(true);
+    set_child(host_);
+
+    messageIcon_.set_pixel_size(40);
+    messageIcon_.add_css_class("dim-label");
+    messageTitle_.add_css_class("title-3");
+    messageDetail_.add_css_class("dim-label");
+    messageDetail_.set_wrap(true);
+    messageDetail_.set_justify(Gtk::Justification::CENTER);
+    messageDetail_.set_max_width_chars(60);
+    message_.append(messageIcon_);
+    message_.append(messageTitle_);
+    message_.append(messageDetail_);
+    message_.set_halign(Gtk::Align::CENTER);
+    message_.set_valign(Gtk::Align::CENTER);
+    message_.set_can_target(false);
+    add_overlay(message_);
+
+    zoomOut_.set_icon_name("zoom-out-symbolic");
+    zoomOut_.set_tooltip_text("Zoom Out (Ctrl+-)");
+    zoomOut_.signal_clicked().connect([this] { zoomRequested_.emit(WebZoom::zoomOut(zoom_)); });
+    zoomIn_.set_icon_name("zoom-in-symbolic");
+    zoomIn_.set_tooltip_text("Zoom In (Ctrl+=)");
+    zoomIn_.signal_clicked().connect([this] { zoomRequested_.emit(WebZoom::zoomIn(zoom_)); });
+    zoomBadge_.set_tooltip_text("Page zoom — click for Actual Size (Ctrl+0)");
+    zoomBadge_.add_css_class("numeric");
+    zoomBadge_.signal_clicked().connect([this] { zoomRequested_.emit(1.0); });
+    for (Gtk::Widget* button : {static_cast<Gtk::Widget*>(&zoomOut_), static_cast<Gtk::Widget*>(&zoomBadge_),
+                                static_cast<Gtk::Widget*>(&zoomIn_)}) {
+        button->add_css_class("osd");
+        button->set_focus_on_click(false);
+    }
+    corner_.add_css_class("web-card-corner");
+    corner_.append(spinner_);
+    corner_.append(zoomOut_);
+    corner_.append(zoomBadge_);
+    corner_.append(zoomIn_);
+    corner_.set_halign(Gtk::Align::END);
+    corner_.set_valign(Gtk::Align::START);
+    corner_.set_margin(8);
+    add_overlay(corner_);
+    refresh();
+}
+
+WebCard::~WebCard() { clear(); }
+
+void WebCard::clear() {
+    statusConnection_.disconnect();
+    detachPage();
+    pane_.reset();
+    slideId_.reset();
+}
+
+void WebCard::show(const Slide* slide, bool editing) {
+    editing_ = editing;
+    bool isWeb = slide && slide->layout == SlideLayout::web;
+    hasAddress_ = isWeb && slide->url && !slide->url->empty();
+    bool sameStore = pane_ && isWeb && pane_->inputs().profileId == slide->browserProfileId;
+    if (!isWeb || !hasAddress_ || slide->id != slideId_ || (pane_ && !sameStore)) {
+        // Another slide or another profile: the old page goes first (back to
+        // the prefetcher if it is still wanted), then the new one comes.
+        clear();
+    }
+    if (!isWeb) {
+        refresh();
+        return;
+    }
+    slideId_ = slide->id;
+    zoom_ = slide->webZoom;
+    if (hasAddress_) {
+        WebPaneController::Inputs inputs{*slide->url, slide->browserProfileId, slide->id, slide->webZoom};
+        if (pane_) {
+            pane_->update(inputs);
+        } else {
+            pane_ = std::make_unique<WebPaneController>(inputs, pages_, scheduler_, prefetcher_, windowId_, registry_);
+            statusConnection_ = pane_->statusChanged().connect([this] { refresh(); });
+            attachPage();
+        }
+    }
+    refresh();
+}
+
+void WebCard::attachPage() {
+    auto page = std::dynamic_pointer_cast<WebKitPage>(pane_->page());
+    if (!page) return;
+    GtkWidget* view = page->widget();
+    if (GtkWidget* parent = gtk_widget_get_parent(view); parent && parent != GTK_WIDGET(host_.gobj())) {
+        gtk_widget_unparent(view);
+    }
+    if (!gtk_widget_get_parent(view)) gtk_box_append(host_.gobj(), view);
+}
+
+void WebCard::detachPage() {
+    if (!pane_) return;
+    if (auto page = std::dynamic_pointer_cast<WebKitPage>(pane_->page())) {
+        // A page going back to the prefetcher lives on, off screen.
+        if (gtk_widget_get_parent(page->widget()) == GTK_WIDGET(host_.gobj())) gtk_box_remove(host_.gobj(), page->widget());
+    }
+}
+
+void WebCard::refresh() {
+    using Kind = WebLoadStatus::Kind;
+    const bool isWeb = slideId_.has_value();
+    const WebLoadStatus status = pane_ ? pane_->status() : WebLoadStatus::idle();
+    const bool failed = status.kind == Kind::failed;
+
+    if (isWeb && !hasAddress_) {
+        messageIcon_.set_from_icon_name("web-browser-symbolic");
+        messageTitle_.set_text("No URL set");
+        messageDetail_.set_text("Set a URL above to load the page");
+        messageDetail_.set_visible(editing_);
+    } else if (failed) {
+        messageIcon_.set_from_icon_name("dialog-warning-symbolic");
+        messageTitle_.set_text("Couldn’t load page");
+        messageDetail_.set_text(status.message);
+        messageDetail_.set_visible(true);
+    }
+    message_.set_visible(isWeb && (!hasAddress_ || failed));
+    host_.set_visible(hasAddress_ && !failed);
+
+    spinner_.set_visible(status.kind == Kind::loading);
+    spinner_.set_spinning(status.kind == Kind::loading);
+    const bool zoomed = !WebZoom::isActualSize(zoom_);
+    zoomBadge_.set_label(WebZoom::percentText(zoom_));
+    zoomBadge_.set_visible(hasAddress_ && zoomed);
+    zoomOut_.set_visible(hasAddress_ && editing_);
+    zoomIn_.set_visible(hasAddress_ && editing_);
+    set_visible(isWeb);
+}
+
+}  // namespace lectern

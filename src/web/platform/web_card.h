@@ -1,0 +1,71 @@
+#pragma once
+
+#include <gtkmm.h>
+
+#include <functional>
+#include <memory>
+#include <optional>
+
+#include "model/signal.h"
+#include "model/slide.h"
+#include "web/live_web_view_registry.h"
+#include "web/web_pane_controller.h"
+
+namespace lectern {
+
+class WebKitPageFactory;
+class WebPrefetcher;
+
+// The frame of a web slide's live page on the stage: the page itself, or
+// "No URL set" for a slide without an address, "Couldn’t load page" with
+// the engine's message when loading failed, a spinner while it loads, and
+// the page-zoom badge (click for actual size). While editing, zoom buttons
+// too. The window places it over the slide's web area.
+class WebCard : public Gtk::Overlay {
+public:
+    WebCard(WebKitPageFactory& pages, Scheduler& scheduler, WebPrefetcher* prefetcher,
+            std::optional<Uuid> windowId, std::shared_ptr<LiveWebViewRegistry> registry);
+    ~WebCard() override;
+
+    // The web slide to show (null, or a slide of another layout: nothing).
+    // The same slide again updates the page by the pane's rules.
+    void show(const Slide* slide, bool editing);
+    // Takes the page down at once (the window is closing).
+    void clear();
+
+    const WebPaneController* pane() const { return pane_.get(); }
+    // The presenter asked for another page zoom for the shown slide.
+    Signal<double>& zoomRequested() { return zoomRequested_; }
+
+private:
+    void attachPage();
+    void detachPage();
+    void refresh();
+
+    WebKitPageFactory& pages_;
+    Scheduler& scheduler_;
+    WebPrefetcher* prefetcher_;
+    std::optional<Uuid> windowId_;
+    std::shared_ptr<LiveWebViewRegistry> registry_;
+
+    std::unique_ptr<WebPaneController> pane_;
+    std::optional<Uuid> slideId_;
+    double zoom_ = 1.0;
+    bool editing_ = false;
+    bool hasAddress_ = false;
+    Signal<>::Connection statusConnection_;
+
+    Gtk::Box host_;
+    Gtk::Box message_{Gtk::Orientation::VERTICAL, 6};
+    Gtk::Image messageIcon_;
+    Gtk::Label messageTitle_;
+    Gtk::Label messageDetail_;
+    Gtk::Box corner_{Gtk::Orientation::HORIZONTAL, 4};
+    Gtk::Spinner spinner_;
+    Gtk::Button zoomOut_;
+    Gtk::Button zoomBadge_;
+    Gtk::Button zoomIn_;
+    Signal<double> zoomRequested_;
+};
+
+}  // namespace lectern

@@ -1,0 +1,13 @@
+#include "web/platform/web_services.h"
+
+namespace lectern {
+
+WebServices::WebServices() : sessions_(WebSessions::shared()), pages_(sessions_), prefetcher_(pages_, scheduler_) {}
+
+WebServices& WebServices::shared() {
+    // Lives for the process; the application discards its pages as it ends.
+    static auto* services = new WebServices;
+    return *services;
+}
+
+}  // namespace lectern
