@@ -12,227 +12,155 @@ namespace {
 
 using Strings = std::vector<std::string>;
 
-// Records every call, by the short names the test gives the profiles.
-// Removals fail as often as told; erasing finishes at once unless held.
-class FakeStores : public WebsiteDataStores {
-public:
-    explicit FakeStores(Strings& log) : log_(log) {}
-
-    void name(const Uuid& id, std::string shortName) { names_[id] = std::move(shortName); }
-
-    void erase(const std::optional<Uuid>& profileId, std::function<void()> done) override {
-        std::string entry = "erase ";
-        entry += profileId ? names_[*profileId] : "shared";
-        log_.push_back(entry);
+// Logs every call with the profiles' short names. Removals fail as often as
+// told (-1: for ever); erasing finishes at once unless held.
+struct FakeStores : WebsiteDataStores {
+    void erase(const std::optional<Uuid>& id, std::function<void()> done) override {
+        record("erase ", id);
         if (holdErases) {
-            heldErases.push_back(std::move(done));
+            held.push_back(std::move(done));
         } else {
             done();
         }
     }
-    void dropCached(const Uuid& profileId) override { record("drop ", profileId); }
-    Status removeStore(const Uuid& profileId) override {
-        record("remove ", profileId);
-        if (onRemove) onRemove(profileId);
-        if (int& left = failures[profileId]; left != 0) {
-            if (left > 0) --left;
+    void dropCached(const Uuid& id) override { record("drop ", id); }
+    Status removeStore(const Uuid& id) override {
+        record("remove ", id);
+        if (onRemove) onRemove(id);
+        if (int& left = failures[id]; left != 0) {
+            left -= left > 0;
             return Error{"busy"};
         }
         return Done{};
     }
-
-    std::map<Uuid, int> failures;  // per profile; -1 fails for ever
-    std::function<void(const Uuid&)> onRemove;
-    bool holdErases = false;
-    std::vector<std::function<void()>> heldErases;
-
-private:
-    void record(std::string entry, const Uuid& profileId) {
-        entry += names_[profileId];
-        log_.push_back(entry);
+    void record(std::string entry, const std::optional<Uuid>& id) {
+        entry += id ? names[*id] : "shared";
+        log.push_back(entry);
     }
 
-    Strings& log_;
-    std::map<Uuid, std::string> names_;
+    Strings log;
+    std::map<Uuid, std::string> names;
+    std::map<Uuid, int> failures;
+    std::function<void(const Uuid&)> onRemove;
+    bool holdErases = false;
+    std::vector<std::function<void()>> held;
 };
 
 class ProfileStoresTest : public ::testing::Test {
 protected:
-    ProfileStoresTest() {
-        stores.name(a, "a");
-        stores.name(b, "b");
-        stores.name(c, "c");
-    }
-
+    ProfileStoresTest() { stores.names = {{a, "a"}, {b, "b"}, {c, "c"}}; }
     std::unique_ptr<ProfileStores> make() {
         return std::make_unique<ProfileStores>(stores, scheduler, preferences, inUse,
-                                               [this] { log.push_back("discard"); });
+                                               [this] { stores.log.push_back("discard"); });
     }
 
-    Strings log;
-    FakeStores stores{log};
+    FakeStores stores;
     ManualScheduler scheduler;
     testing::TempDir folder;
     PreferencesStore preferences{folder / "preferences.json"};
     ProfilesInUse inUse;
-    Uuid a = Uuid::random(), b = Uuid::random(), c = Uuid::random();
-    Uuid window = Uuid::random(), otherWindow = Uuid::random();
+    Uuid a = Uuid::random(), b = Uuid::random(), c = Uuid::random(), window = Uuid::random();
     std::unique_ptr<ProfileStores> profiles = make();
 };
 
-TEST(ProfilesInUse, OnlyOtherWindowsCount) {
-    ProfilesInUse inUse;
-    Uuid a = Uuid::random(), b = Uuid::random(), w1 = Uuid::random(), w2 = Uuid::random();
-    Deck deck;
-    deck.browserProfiles = {{a, "Work"}, {b, ""}};
-    inUse.publish(w1, deck);
-    inUse.publish(w2, std::set<Uuid>{a});
-    EXPECT_TRUE(inUse.inUseElsewhere(a, w1));
-    EXPECT_FALSE(inUse.inUseElsewhere(b, w1));  // only its own window lists it
-    EXPECT_TRUE(inUse.inUseElsewhere(b, w2));
-
-    inUse.publish(w2, std::set<Uuid>{});  // the other deck dropped the profile
-    EXPECT_FALSE(inUse.inUseElsewhere(a, w1));
-    inUse.publish(w2, std::set<Uuid>{a});
-    inUse.remove(w2);  // the other window closed
-    EXPECT_FALSE(inUse.inUseElsewhere(a, w1));
-    EXPECT_TRUE(inUse.inUseElsewhere(a, Uuid::random()));
-}
-
-TEST_F(ProfileStoresTest, ClearingTheSharedSessionDiscardsPrefetchedPagesFirst) {
+TEST_F(ProfileStoresTest, ClearingSessions) {
+    std::vector<std::optional<Uuid>> shown;
+    auto connection = profiles->recentlyClearedChanged().connect([&](const auto& id) { shown.push_back(id); });
     stores.holdErases = true;
     bool done = false;
     profiles->clearSharedSession([&] { done = true; });
-    EXPECT_EQ(log, (Strings{"discard", "erase shared"}));
-    EXPECT_FALSE(done);
-    stores.heldErases.at(0)();
-    EXPECT_TRUE(done);
-}
-
-TEST_F(ProfileStoresTest, ClearedFeedbackOfTheLatestProfileStaysItsFullTime) {
-    std::vector<std::optional<Uuid>> shown;
-    auto connection = profiles->recentlyClearedChanged().connect([&](const auto& id) { shown.push_back(id); });
-
-    stores.holdErases = true;
     profiles->clearProfileSession(a);
+    EXPECT_EQ(stores.log, (Strings{"discard", "erase shared", "erase a"}));
+    EXPECT_FALSE(done);
     EXPECT_EQ(profiles->recentlyClearedProfileId(), std::nullopt);  // not before the data is gone
-    stores.heldErases.at(0)();
-    EXPECT_EQ(profiles->recentlyClearedProfileId(), a);
+    stores.held.at(0)();
+    stores.held.at(1)();
+    EXPECT_TRUE(done);
 
+    // b cleared within a's 1.5 s keeps its own feedback for its full time.
     scheduler.advance(1.0);
     stores.holdErases = false;
     profiles->clearProfileSession(b);
-    scheduler.advance(0.6);  // a's time is up, b's is not
-    EXPECT_EQ(profiles->recentlyClearedProfileId(), b);
-    scheduler.advance(0.8);
+    scheduler.advance(1.4);
     EXPECT_EQ(profiles->recentlyClearedProfileId(), b);
     scheduler.advance(0.1);
-    EXPECT_EQ(profiles->recentlyClearedProfileId(), std::nullopt);
     EXPECT_EQ(shown, (std::vector<std::optional<Uuid>>{a, b, std::nullopt}));
-    EXPECT_EQ(log, (Strings{"erase a", "erase b"}));  // prefetched pages stay
 
-    // Gone before its time: the feedback is left as it is, and no timer
-    // outlives the object.
     profiles->clearProfileSession(a);
-    profiles.reset();
+    profiles.reset();  // no timer outlives the object
     EXPECT_EQ(scheduler.pendingCount(), 0u);
 }
 
 TEST_F(ProfileStoresTest, AProfileAnotherWindowUsesKeepsItsData) {
-    inUse.publish(window, std::set<Uuid>{a, b});
-    inUse.publish(otherWindow, std::set<Uuid>{a});
+    Deck deck;
+    deck.browserProfiles = {{a, "Work"}, {b, ""}};
+    inUse.publish(window, deck);
+    inUse.publish(Uuid::random(), std::set<Uuid>{a});
     int done = 0;
     profiles->deleteProfileStore(a, window, [&] { ++done; });
-    profiles->deleteProfileStore(b, std::nullopt, [&] { ++done; });  // no deck window
+    profiles->deleteProfileStore(c, std::nullopt, [&] { ++done; });  // no deck window
     scheduler.advance(10);
-    EXPECT_EQ(log, (Strings{"drop a", "drop b"}));
+    EXPECT_EQ(stores.log, (Strings{"drop a", "drop c"}));
     EXPECT_EQ(done, 2);
+
+    // Its own window does not count.
+    stores.log.clear();
+    profiles->deleteProfileStore(b, window);
+    EXPECT_EQ(stores.log, (Strings{"discard", "erase b", "drop b", "remove b"}));
     EXPECT_TRUE(profiles->pendingRemovals().empty());
 }
 
-TEST_F(ProfileStoresTest, DeletionErasesThenRemovesOnTheThirdAttempt) {
-    inUse.publish(window, std::set<Uuid>{a});  // the deleting window itself does not count
+TEST_F(ProfileStoresTest, RemovalAttemptsHalfASecondApart) {
     stores.failures[a] = 2;
-    bool done = false;
-    profiles->deleteProfileStore(a, window, [&] { done = true; });
-    EXPECT_EQ(log, (Strings{"discard", "erase a", "drop a", "remove a"}));
-    scheduler.advance(0.49);
-    EXPECT_EQ(log.size(), 4u);
-    scheduler.advance(0.01);
-    EXPECT_EQ(log.size(), 5u);
-    EXPECT_FALSE(done);
-    scheduler.advance(0.5);
-    EXPECT_EQ(log, (Strings{"discard", "erase a", "drop a", "remove a", "remove a", "remove a"}));
-    EXPECT_TRUE(done);
-    EXPECT_EQ(scheduler.pendingCount(), 0u);
-    EXPECT_EQ(preferences.value(ProfileStores::pendingRemovalsKey), nullptr);
-}
-
-TEST_F(ProfileStoresTest, AStoreThatWillNotGoIsRecordedOnce) {
-    stores.failures[a] = -1;
+    stores.failures[b] = -1;
     std::vector<double> doneAt;
     profiles->deleteProfileStore(a, window, [&] { doneAt.push_back(scheduler.now()); });
+    profiles->deleteProfileStore(b, window, [&] { doneAt.push_back(scheduler.now()); });
     scheduler.advance(10);
-    EXPECT_EQ(std::count(log.begin(), log.end(), "remove a"), 5);
-    EXPECT_EQ(doneAt, (std::vector<double>{2.0}));  // attempts at 0, 0.5, 1, 1.5 and 2 s
+    EXPECT_EQ(std::count(stores.log.begin(), stores.log.end(), "remove a"), 3);
+    EXPECT_EQ(std::count(stores.log.begin(), stores.log.end(), "remove b"), 5);
+    EXPECT_EQ(doneAt, (std::vector<double>{1.0, 2.0}));
 
-    // A copy of the deck listed it too and deletes it later: still one entry.
-    profiles->deleteProfileStore(a, window, [&] { doneAt.push_back(scheduler.now()); });
+    // A copy of the deck listed b too and deletes it later: still one entry,
+    // in upper-case text.
+    profiles->deleteProfileStore(b, window);
     scheduler.advance(10);
-    EXPECT_EQ(std::count(log.begin(), log.end(), "remove a"), 10);
-    EXPECT_EQ(doneAt.size(), 2u);
+    EXPECT_EQ(std::count(stores.log.begin(), stores.log.end(), "remove b"), 10);
+    std::string upper = b.string();
+    for (auto& ch : upper) ch = static_cast<char>(std::toupper(static_cast<unsigned char>(ch)));
+    EXPECT_EQ(PreferencesStore(preferences.path()).value(ProfileStores::pendingRemovalsKey)->dump(),
+              nlohmann::json::array({upper}).dump());
 
-    PreferencesStore reread(preferences.path());
-    ASSERT_NE(reread.value(ProfileStores::pendingRemovalsKey), nullptr);
-    EXPECT_EQ(*reread.value(ProfileStores::pendingRemovalsKey), nlohmann::json::array({a.string()}));
-    std::string stored = a.string();
-    for (auto& ch : stored) ch = static_cast<char>(std::toupper(static_cast<unsigned char>(ch)));
-    EXPECT_EQ(profiles->pendingRemovals(), (Strings{stored}));  // upper-case text
-}
-
-TEST_F(ProfileStoresTest, NothingGoesOnOnceTheObjectIsGone) {
+    // Gone while erasing or between attempts: nothing more happens.
     stores.holdErases = true;
-    bool done = false;
-    profiles->deleteProfileStore(a, window, [&] { done = true; });
-    profiles.reset();
-    stores.heldErases.at(0)();
-    EXPECT_EQ(log, (Strings{"discard", "erase a"}));
-    EXPECT_FALSE(done);
-
-    // Gone between two attempts.
+    profiles->deleteProfileStore(c, window, [&] { doneAt.push_back(0); });
+    profiles->deleteProfileStore(b, window);
     stores.holdErases = false;
-    stores.failures[b] = -1;
-    profiles = make();
-    profiles->deleteProfileStore(b, window, [&] { done = true; });
-    scheduler.advance(0.5);
+    stores.held.at(1)();
     profiles.reset();
+    stores.held.at(0)();
+    EXPECT_EQ(stores.log.back(), "remove b");
     EXPECT_EQ(scheduler.pendingCount(), 0u);
-    EXPECT_FALSE(done);
+    EXPECT_EQ(doneAt.size(), 2u);
 }
 
 TEST_F(ProfileStoresTest, RetryPassRemovesWhatGoesAndKeepsWhatFails) {
     Uuid late = Uuid::random();
-    std::string lowerB = b.string();
-    for (auto& ch : lowerB) ch = static_cast<char>(std::tolower(static_cast<unsigned char>(ch)));
     ASSERT_TRUE(preferences.setValue(ProfileStores::pendingRemovalsKey,
-                                     nlohmann::json::array({a.string(), lowerB, "not an id", c.string()})));
+                                     nlohmann::json::array({a.string(), b.string(), "not an id", c.string()})));
     stores.failures[b] = -1;
-    // Something else records a removal while the pass runs: it must survive.
+    // A removal recorded while the pass runs must survive it.
     stores.onRemove = [&](const Uuid& id) {
         if (id != a) return;
         auto ids = profiles->pendingRemovals();
         ids.push_back(late.string());
         ASSERT_TRUE(preferences.setValue(ProfileStores::pendingRemovalsKey, ids));
     };
-
     profiles->retryPendingRemovals();
-    EXPECT_EQ(log, (Strings{"remove a", "remove b", "remove c"}));
-    EXPECT_EQ(profiles->pendingRemovals(), (Strings{lowerB, late.string()}));
-
     profiles->retryPendingRemovals();  // once only
-    EXPECT_EQ(log.size(), 3u);
+    EXPECT_EQ(stores.log, (Strings{"remove a", "remove b", "remove c"}));
+    EXPECT_EQ(profiles->pendingRemovals(), (Strings{b.string(), late.string()}));
 
-    // Everything removed: the key goes.
     stores.failures[b] = 0;
     ASSERT_TRUE(preferences.setValue(ProfileStores::pendingRemovalsKey, nlohmann::json::array({b.string()})));
     make()->retryPendingRemovals();
