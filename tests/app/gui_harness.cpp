@@ -46,6 +46,11 @@ LecternApplication& app() {
     static Glib::RefPtr<LecternApplication> application = [] {
         // Keep the tests on X11, where xdotool reaches the windows.
         g_setenv("GDK_BACKEND", "x11", true);
+        // Browser profiles and web caches in a folder of the tests' own.
+        static TempDir home;
+        g_setenv("XDG_DATA_HOME", (home / "data").c_str(), true);
+        g_setenv("XDG_CACHE_HOME", (home / "cache").c_str(), true);
+        g_setenv("WEBKIT_DISABLE_COMPOSITING_MODE", "1", true);
         auto created = LecternApplication::create(Gio::Application::Flags::NON_UNIQUE, &preferences());
         created->register_application();
         // Keep the application alive while tests open and close windows.
