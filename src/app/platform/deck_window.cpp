@@ -12,6 +12,7 @@
 #include "present/platform/soup_http_transport.h"
 #include "web/platform/web_card.h"
 #include "web/platform/web_services.h"
+#include "web/profiles_in_use.h"
 #include "web/web_prefetcher.h"
 
 namespace lectern {
@@ -83,6 +84,8 @@ DeckWindow::DeckWindow(Scheduler& scheduler, PreferencesStore& preferences, Deck
     refreshCounter();
     updateActions();
     state_->syncAutoRun(deck_);
+    // Other windows must not erase the browser profiles this deck uses.
+    ProfilesInUse::shared().publish(windowId_, deck_);
     stage_->grab_focus();
 }
 
@@ -90,6 +93,7 @@ DeckWindow::~DeckWindow() {
     // Take the widgets down while the state they observe is still here. The
     // live page goes first, and this window wants no page kept any more.
     WebServices::shared().prefetcher().setWanted(windowId_, {});
+    ProfilesInUse::shared().remove(windowId_);
     if (webCard_) webCard_->clear();
     trustReview_.close();
     panel_.reset();
@@ -345,6 +349,7 @@ void DeckWindow::setDeck(Deck deck) {
     std::size_t previousCount = deck_.slides.size();
     deck_ = std::move(deck);
     madeElsewhere_.deckChanged(deck_, preferences_);
+    ProfilesInUse::shared().publish(windowId_, deck_);
     set_title(windowTitle());
     adw_window_title_set_title(title_.get(), windowTitle().c_str());
     if (deck_.slides.size() < previousCount) state_->clampCurrent(static_cast<std::int64_t>(deck_.slides.size()));

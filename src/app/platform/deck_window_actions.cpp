@@ -36,10 +36,9 @@ void DeckWindow::buildActions() {
     });
     add("actual-size", [this] { setCurrentWebZoom(1.0); });
     add("clear-shared-web-session", [this] {
-        auto& web = WebServices::shared();
-        web.prefetcher().discardAll();
-        web.sessions().erase(std::nullopt, [] {});
+        WebServices::shared().profileStores(preferences_).clearSharedSession();
         showToast("Shared web session cleared");
+        // Pages loaded ahead were discarded: load the wanted ones again.
         refreshWebPages();
     });
     add("close", [this] { close(); });

@@ -49,6 +49,10 @@ void LecternApplication::on_startup() {
     add_action("quit", [this] {
         for (auto* window : get_windows()) window->close();
     });
+    // Browser profile stores that could not be removed last time: one more
+    // try, once per run.
+    WebServices::shared().profileStores(*preferences_).retryPendingRemovals();
+
     // The updater is not part of this build yet.
     add_action("check-for-updates", [] {})->set_enabled(false);
 

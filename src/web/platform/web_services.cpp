@@ -4,6 +4,14 @@ namespace lectern {
 
 WebServices::WebServices() : sessions_(WebSessions::shared()), pages_(sessions_), prefetcher_(pages_, scheduler_) {}
 
+ProfileStores& WebServices::profileStores(PreferencesStore& preferences) {
+    if (!profileStores_) {
+        profileStores_ = std::make_unique<ProfileStores>(sessions_, scheduler_, preferences, ProfilesInUse::shared(),
+                                                         [this] { prefetcher_.discardAll(); });
+    }
+    return *profileStores_;
+}
+
 WebServices& WebServices::shared() {
     // Lives for the process; the application discards its pages as it ends.
     static auto* services = new WebServices;

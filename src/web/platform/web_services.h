@@ -1,14 +1,18 @@
 #pragma once
 
+#include <memory>
+
 #include "present/glib_scheduler.h"
 #include "web/platform/web_sessions.h"
 #include "web/platform/webkit_page.h"
+#include "web/profile_stores.h"
 #include "web/web_prefetcher.h"
 
 namespace lectern {
 
 // The process's web machinery, shared by every deck window: the website
-// data stores, the page factory over them, and the one prefetcher.
+// data stores, the page factory over them, the one prefetcher, and the
+// profile operations that erase data.
 class WebServices {
 public:
     static WebServices& shared();
@@ -17,6 +21,9 @@ public:
     WebKitPageFactory& pages() { return pages_; }
     WebPrefetcher& prefetcher() { return prefetcher_; }
     Scheduler& scheduler() { return scheduler_; }
+    // Clearing and deleting browser profiles' data, with the pending
+    // removals kept in the application's preferences (made on first use).
+    ProfileStores& profileStores(PreferencesStore& preferences);
 
 private:
     WebServices();
@@ -25,6 +32,7 @@ private:
     WebSessions& sessions_;
     WebKitPageFactory pages_;
     WebPrefetcher prefetcher_;
+    std::unique_ptr<ProfileStores> profileStores_;
 };
 
 }  // namespace lectern

@@ -9,6 +9,7 @@
 #include "support/platform/local_server.h"
 #include "web/platform/web_sessions.h"
 #include "web/platform/webkit_page.h"
+#include "web/profile_stores.h"
 #include "web/web_pane_controller.h"
 #include "web/web_prefetcher.h"
 
@@ -142,6 +143,31 @@ TEST_F(LivePagesTest, AStoreIsRemovedOnlyOnceNothingHoldsIt) {
     EXPECT_TRUE(sessions->removeStore(alice).ok());
     EXPECT_FALSE(std::filesystem::exists(sessions->dataFolder(alice)));
     EXPECT_FALSE(std::filesystem::exists(sessions->cacheFolder(alice)));
+}
+
+TEST_F(LivePagesTest, DeletingAProfileAnotherOpenDeckUsesErasesNothing) {
+    GLibScheduler scheduler;
+    PreferencesStore preferences(root / "preferences.json");
+    ProfilesInUse inUse;
+    ProfileStores stores(*sessions, scheduler, preferences, inUse, [] {});
+    Uuid alice = Uuid::random(), deleting = Uuid::random(), other = Uuid::random();
+    inUse.publish(deleting, std::set<Uuid>{alice});
+    inUse.publish(other, std::set<Uuid>{alice});
+    signIn(*sessions, alice);
+
+    bool done = false;
+    stores.deleteProfileStore(alice, deleting, [&] { done = true; });
+    ASSERT_TRUE(iterateUntil([&] { return done; }));
+    EXPECT_EQ(whoami(*sessions, alice), "session=ada") << "the other deck is still signed in";
+    EXPECT_TRUE(std::filesystem::exists(sessions->dataFolder(alice)));
+
+    // Once no other deck uses it, deleting erases and removes the store.
+    inUse.remove(other);
+    done = false;
+    stores.deleteProfileStore(alice, deleting, [&] { done = true; });
+    ASSERT_TRUE(iterateUntil([&] { return done; }));
+    EXPECT_FALSE(std::filesystem::exists(sessions->dataFolder(alice)));
+    EXPECT_TRUE(stores.pendingRemovals().empty());
 }
 
 TEST_F(LivePagesTest, PrefetchedPagesComeOnStageWithoutASecondRequestAndZoomNeverReloads) {
