@@ -50,6 +50,8 @@ public:
 
     const std::vector<Entry>& entries() const { return entries_; }
     bool isRunning() const { return running_; }
+    // Whether the page of the entry at `position` is loading now.
+    bool isLoading(std::size_t position) const { return position < probes_.size() && probes_[position]; }
     // Entries checked so far, and those whose outcome needs attention.
     std::size_t checkedCount() const;
     std::size_t attentionCount() const;

@@ -19,6 +19,15 @@ using testing::FakeWebPage;
 using testing::FakeWebPageFactory;
 using Kind = WebCheckOutcome::Kind;
 
+}  // namespace
+
+void PrintTo(const WebCheckOutcome& outcome, std::ostream* out) {
+    const char* kinds[] = {"ok", "redirected", "failed"};
+    *out << kinds[static_cast<int>(outcome.kind)] << "(" << outcome.text << ")";
+}
+
+namespace {
+
 Slide webSlide(const std::string& title, std::optional<std::string> url,
                std::optional<Uuid> profile = std::nullopt) {
     Slide slide = Slide::make(SlideLayout::web);
