@@ -226,7 +226,9 @@ SlideAction deckAction(const Deck& deck, const std::string& name, int port) {
                 SlideAction moved = action;
                 const std::string from = "127.0.0.1:8765";
                 auto& url = moved.request.urlString;
-                if (auto at = url.find(from); at != std::string::npos) url.replace(at, from.size(), "127.0.0.1:" + std::to_string(port));
+                std::string to = "127.0.0.1:";
+                to += std::to_string(port);
+                if (auto at = url.find(from); at != std::string::npos) url.replace(at, from.size(), to);
                 return moved;
             }
     ADD_FAILURE() << "no action named " << name;
@@ -273,7 +275,9 @@ TEST(DemoSite, ServesPagesSignsInAndTakesOrders) {
     DemoSiteProcess site(freePort());
     auto ready = site.readyLine();
     ASSERT_TRUE(ready) << "no ready line: " << site.stderrToEnd();
-    EXPECT_EQ(*ready, "Demo site ready at " + site.url("/"));
+    std::string readyText = "Demo site ready at ";
+    readyText += site.url("/");
+    EXPECT_EQ(*ready, readyText);
     Client client;
 
     // The pages, and nothing they load comes from elsewhere.
@@ -363,7 +367,9 @@ TEST(DemoSite, RefusesAPortInUse) {
     const std::string err = second.stderrToEnd();
     EXPECT_TRUE(second.waitForExit(5000));
     EXPECT_NE(second.exitStatus(), 0);
-    EXPECT_NE(err.find("cannot listen on 127.0.0.1:" + std::to_string(port)), std::string::npos) << err;
+    std::string refusal = "cannot listen on 127.0.0.1:";
+    refusal += std::to_string(port);
+    EXPECT_NE(err.find(refusal), std::string::npos) << err;
 }
 
 // The deck's two actions on the live page, as on stage: the request (built
@@ -441,7 +447,10 @@ TEST(DemoSite, DeckActionsChangeTheLivePage) {
         ASSERT_TRUE(iterateUntil([&] { return loads == 2; }, 20000));
     }
     SlideAction script = deckAction(*deck, "Spotlight the newest order", port);
-    EXPECT_EQ(evaluate(script.script), "Spotlight on order " + orderId + " for Mara Lind");
+    std::string marked = "Spotlight on order ";
+    marked += orderId;
+    marked += " for Mara Lind";
+    EXPECT_EQ(evaluate(script.script), marked);
     iterateFor(2500);  // two or three updates of the table
     EXPECT_EQ(evaluate("return document.querySelector('#orders tr.spotlight')?.cells[0].textContent"), orderId);
     EXPECT_EQ(evaluate("return document.querySelectorAll('#orders tbody tr').length"),
