@@ -112,6 +112,14 @@ bool WebCheckSheet::onCloseRequest() {
     return false;  // hides the sheet
 }
 
+AdwActionRow* WebCheckSheet::row(std::size_t position) const {
+    return position < rows_.size() ? rows_[position].row : nullptr;
+}
+
+Gtk::Image* WebCheckSheet::outcomeIcon(std::size_t position) const {
+    return position < rows_.size() ? rows_[position].icon : nullptr;
+}
+
 Gtk::Button* WebCheckSheet::goToButton(std::size_t position) const {
     return position < rows_.size() ? rows_[position].goTo : nullptr;
 }

@@ -43,7 +43,9 @@ public:
     Gtk::ListBox& rows() { return list_; }
     Gtk::Button& checkAgainButton() { return checkAgain_; }
     Gtk::Button& doneButton() { return done_; }
-    // The "Go to slide N" button of the row at `position`.
+    // The row at `position`, its outcome icon and its "Go to slide N" button.
+    AdwActionRow* row(std::size_t position) const;
+    Gtk::Image* outcomeIcon(std::size_t position) const;
     Gtk::Button* goToButton(std::size_t position) const;
 
 private:
