@@ -3,13 +3,8 @@
 // lectern-cli show.
 #include <gtest/gtest.h>
 
-#include <sstream>
-
-#include "app/cli.h"
-#include "model/deck_package.h"
 #include "present/manual_scheduler.h"
 #include "support/fake_web_page.h"
-#include "support/temp_dir.h"
 #include "web/web_slide_checker.h"
 
 namespace lectern {
@@ -17,7 +12,6 @@ namespace {
 
 using testing::FakeWebPage;
 using testing::FakeWebPageFactory;
-using Kind = WebCheckOutcome::Kind;
 
 }  // namespace
 
@@ -286,95 +280,6 @@ TEST(WebSlideChecker, CancelAndRunAgain) {
     f.page(6).finish();
     f.page(7).finish();
     EXPECT_EQ(f.checker.summary(), "All 2 web slides loaded");
-}
-
-// lectern-cli check, in this process, over an engine of fake pages that
-// end as their addresses say.
-class FakeEngine : public CliWebEngine {
-public:
-    WebPageFactory& pages() override { return pages_; }
-    Scheduler& scheduler() override { return clock_; }
-    void runUntil(const std::function<bool()>& finished) override {
-        while (!finished()) {
-            // By position: finishing a page starts the next one.
-            for (std::size_t n = 0; n < pages_.made.size(); ++n) {
-                auto page = pages_.made[n];
-                if (!page->delegate()) continue;
-                const std::string url = page->loads.at(0);
-                if (url.ends_with("/missing")) {
-                    page->finish(404);
-                } else if (url.ends_with("/expired")) {
-                    page->redirect("https://sso.site.test/login");
-                    page->finish();
-                } else if (!url.ends_with("/slow")) {
-                    page->finish();
-                }
-            }
-            clock_.advance(1);
-        }
-    }
-
-private:
-    FakeWebPageFactory pages_;
-    ManualScheduler clock_;
-};
-
-struct CliResult {
-    int status;
-    std::string out;
-    std::string err;
-};
-
-CliResult check(const std::filesystem::path& package, bool engineStarts = true) {
-    std::ostringstream out, err;
-    int status = runCli({"check", package.string()}, out, err, [&]() -> Result<std::unique_ptr<CliWebEngine>> {
-        if (!engineStarts) return Error{"No display to load web pages on"};
-        return std::unique_ptr<CliWebEngine>(std::make_unique<FakeEngine>());
-    });
-    return {status, out.str(), err.str()};
-}
-
-TEST(LecternCliCheck, ReportsEverySlideAndExitsByTheResult) {
-    testing::TempDir dir;
-    Deck deck;
-    deck.slides = {webSlide("Dashboard", "https://site.test/app"), Slide::make(SlideLayout::regular),
-                   webSlide("Gone", "https://site.test/missing"), webSlide("", "https://site.test/expired"),
-                   webSlide("Stuck", "https://site.test/slow"), webSlide("Blank", std::nullopt)};
-    ASSERT_TRUE(DeckPackage::write(deck, dir / "Talk.lectern", std::nullopt).ok());
-
-    CliResult result = check(dir / "Talk.lectern");
-    EXPECT_EQ(result.status, 1);
-    EXPECT_EQ(result.err, "");
-    EXPECT_EQ(result.out,
-              "01  Dashboard  ok\n"
-              "03  Gone  failed  HTTP 404 \u2014 not found\n"
-              "04  Untitled  redirected  Redirected to sso.site.test/login\n"
-              "05  Stuck  failed  Timed out after 20 s\n"
-              "06  Blank  failed  No URL set\n"
-              "4 of 5 need attention\n");
-
-    deck.slides = {webSlide("Dashboard", "https://site.test/app")};
-    ASSERT_TRUE(DeckPackage::write(deck, dir / "Good.lectern", std::nullopt).ok());
-    result = check(dir / "Good.lectern");
-    EXPECT_EQ(result.status, 0);
-    EXPECT_EQ(result.out, "01  Dashboard  ok\nAll 1 web slide loaded\n");
-
-    // A deck without pages to load never starts the engine.
-    deck.slides = {Slide::make(SlideLayout::regular)};
-    ASSERT_TRUE(DeckPackage::write(deck, dir / "Plain.lectern", std::nullopt).ok());
-    result = check(dir / "Plain.lectern", false);
-    EXPECT_EQ(result.status, 0);
-    EXPECT_EQ(result.out, "This deck has no web slides\n");
-
-    result = check(dir / "Good.lectern", false);
-    EXPECT_EQ(result.status, 2);
-    EXPECT_EQ(result.out, "");
-    EXPECT_EQ(result.err, "lectern-cli: No display to load web pages on\n");
-
-    result = check(dir / "Missing.lectern");
-    EXPECT_EQ(result.status, 2);
-    EXPECT_EQ(result.out, "");
-    EXPECT_NE(result.err.find("Missing.lectern: "), std::string::npos) << result.err;
 }
 
 }  // namespace

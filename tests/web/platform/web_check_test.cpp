@@ -273,6 +273,10 @@ TEST_F(WebCheckTest, LecternCliCheckReportsAndExits) {
     EXPECT_EQ(run.out, "");
     EXPECT_EQ(run.err, "lectern-cli: No display to load web pages on: set DISPLAY, or install Xvfb\n");
 
+    run = runCli({"check", (dir / "Missing.lectern").string()});
+    EXPECT_EQ(run.status, 2);
+    EXPECT_EQ(run.out, "");
+
     // The other commands need no display at all.
     run = runCli({"outline", (dir / "Good.lectern").string()}, {{"DISPLAY", ""}, {"PATH", emptyPath.path().string()}});
     EXPECT_EQ(run.status, 0) << run.err;
