@@ -84,7 +84,9 @@ public:
             return Error{"Xvfb did not start"};
         }
         number.pop_back();
-        return ":" + number;
+        std::string name = ":";
+        name += number;
+        return name;
     }
 
     void stop() {

@@ -164,7 +164,9 @@ void WebCheckSheet::rebuildRows() {
         adw_action_row_add_prefix(row.row, GTK_WIDGET(status->gobj()));
 
         std::size_t index = entry.index;
-        row.goTo = Gtk::make_managed<Gtk::Button>("Go to slide " + std::to_string(index + 1));
+        std::string label = "Go to slide ";
+        label += std::to_string(index + 1);
+        row.goTo = Gtk::make_managed<Gtk::Button>(label);
         row.goTo->set_valign(Gtk::Align::CENTER);
         row.goTo->signal_clicked().connect([this, index] {
             if (goToSlide_) goToSlide_(index);
