@@ -424,6 +424,7 @@ void DeckWindow::placeWebCard(Gdk::Rectangle& allocation) {
         allocation = Gdk::Rectangle(0, 0, 1, 1);
         return;
     }
+    WebServices::shared().pages().setHiddenSize(static_cast<int>(area->rect.width), static_cast<int>(area->rect.height));
     allocation = Gdk::Rectangle(static_cast<int>(area->rect.x), static_cast<int>(area->rect.y),
                                 std::max(1, static_cast<int>(area->rect.width)),
                                 std::max(1, static_cast<int>(area->rect.height)));

@@ -169,7 +169,17 @@ std::shared_ptr<WebPage> WebKitPageFactory::makePage(const std::optional<Uuid>& 
 }
 
 std::shared_ptr<WebKitPage> WebKitPageFactory::makeWebKitPage(const std::optional<Uuid>& profileId) {
-    return std::make_shared<WebKitPage>(sessions_.session(profileId));
+    auto page = std::make_shared<WebKitPage>(sessions_.session(profileId));
+    if (hiddenWidth_ > 0 && hiddenHeight_ > 0) {
+        // A page in no window is laid out at the size it will be shown at,
+        // so that coming on stage needs no new layout of the page.
+        int minimum = 0, natural = 0;
+        gtk_widget_measure(page->widget(), GTK_ORIENTATION_HORIZONTAL, -1, &minimum, &natural, nullptr, nullptr);
+        gtk_widget_measure(page->widget(), GTK_ORIENTATION_VERTICAL, hiddenWidth_, &minimum, &natural, nullptr, nullptr);
+        GtkAllocation allocation{0, 0, hiddenWidth_, hiddenHeight_};
+        gtk_widget_size_allocate(page->widget(), &allocation, -1);
+    }
+    return page;
 }
 
 }  // namespace lectern

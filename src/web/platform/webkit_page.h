@@ -59,8 +59,13 @@ public:
     // The same, with the engine's type, for panes that show the view.
     std::shared_ptr<WebKitPage> makeWebKitPage(const std::optional<Uuid>& profileId);
 
+    // The size of the stage's web area: new pages are laid out at it even
+    // while no window shows them (pages loaded ahead).
+    void setHiddenSize(int width, int height) { hiddenWidth_ = width; hiddenHeight_ = height; }
+
 private:
     WebSessions& sessions_;
+    int hiddenWidth_ = 0, hiddenHeight_ = 0;
 };
 
 }  // namespace lectern
