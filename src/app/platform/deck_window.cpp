@@ -8,6 +8,7 @@
 #include "app/platform/presenter_panel.h"
 #include "app/platform/shortcuts_window.h"
 #include "app/platform/stage_view.h"
+#include "app/platform/web_check_sheet.h"
 #include "present/key_monitor.h"
 #include "present/platform/soup_http_transport.h"
 #include "web/platform/web_card.h"
@@ -96,6 +97,7 @@ DeckWindow::~DeckWindow() {
     ProfilesInUse::shared().remove(windowId_);
     if (webCard_) webCard_->clear();
     trustReview_.close();
+    webCheck_.reset();
     panel_.reset();
     stateConnection_.disconnect();
     if (gobj()) unset_child();  // a closed window has lost its widgets already
@@ -350,6 +352,7 @@ void DeckWindow::setDeck(Deck deck) {
     deck_ = std::move(deck);
     madeElsewhere_.deckChanged(deck_, preferences_);
     ProfilesInUse::shared().publish(windowId_, deck_);
+    if (webCheck_) webCheck_->setDeck(deck_);
     set_title(windowTitle());
     adw_window_title_set_title(title_.get(), windowTitle().c_str());
     if (deck_.slides.size() < previousCount) state_->clampCurrent(static_cast<std::int64_t>(deck_.slides.size()));
@@ -396,6 +399,7 @@ void DeckWindow::stateChanged(PresentationField field) {
     case PresentationField::presenterPanelVisible: refreshPresenterPanel(); break;
     case PresentationField::history: updateActions(); break;
     case PresentationField::actionsAwaitingTrust: refreshTrustReview(); break;
+    case PresentationField::isWebCheckPresented: refreshWebCheck(); break;
     default: break;
     }
 }
@@ -489,6 +493,20 @@ void DeckWindow::refreshTrustReview() {
     }
     trustReview_.show(
         *this, requests, [this] { state_->allowAwaitingActions(deck_); }, [this] { state_->declineAwaitingActions(); });
+}
+
+void DeckWindow::refreshWebCheck() {
+    if (!state_->isWebCheckPresented()) {
+        webCheck_.reset();
+        return;
+    }
+    if (webCheck_) return;
+    auto& web = WebServices::shared();
+    webCheck_ = std::make_unique<WebCheckSheet>(
+        *this, web.pages(), scheduler_, deck_,
+        [this](std::size_t index) { state_->goTo(static_cast<std::int64_t>(index), true); },
+        [this] { state_->setWebCheckPresented(false); });
+    webCheck_->present();
 }
 
 void DeckWindow::toggleFullScreen() {

@@ -26,6 +26,7 @@ class OverviewGrid;
 class PresenterPanel;
 class StageView;
 class WebCard;
+class WebCheckSheet;
 
 // The window of one open deck, with its own presentation state. In the
 // editor it shows a header bar, the stage and the presenter notes; while the
@@ -62,6 +63,8 @@ public:
     OverviewGrid& overview() { return *overview_; }
     HudBar& hud() { return *hud_; }
     PresenterPanel* presenterPanel() { return panel_.get(); }
+    // The web slide check while it is shown.
+    WebCheckSheet* webCheck() { return webCheck_.get(); }
     // The consent sheet while it is shown.
     AdwMessageDialog* trustReview() const { return trustReview_.dialog(); }
     PresenterHud& hudController() { return hudController_; }
@@ -87,6 +90,7 @@ private:
     void refreshCounter();
     void refreshPresenterPanel();
     void refreshTrustReview();
+    void refreshWebCheck();
 
     Uuid windowId_ = Uuid::random();
     Scheduler& scheduler_;
@@ -117,6 +121,7 @@ private:
 
     std::map<std::string, Glib::RefPtr<Gio::SimpleAction>> actions_;
     std::unique_ptr<PresenterPanel> panel_;
+    std::unique_ptr<WebCheckSheet> webCheck_;
     TrustReview trustReview_;
     bool wasFullScreen_ = false;
     Signal<PresentationField>::Connection stateConnection_;

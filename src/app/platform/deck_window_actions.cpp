@@ -41,11 +41,12 @@ void DeckWindow::buildActions() {
         // Pages loaded ahead were discarded: load the wanted ones again.
         refreshWebPages();
     });
+    add("check-web-slides", [this] { state_->setWebCheckPresented(true); });
     add("close", [this] { close(); });
 
-    // Commands whose parts are not in this build yet: editing slides and the
-    // web slide check. They stay in the menus, greyed out.
-    for (const char* name : {"new-slide", "delete-slide", "check-web-slides"}) {
+    // Commands whose parts are not in this build yet: editing slides. They
+    // stay in the menus, greyed out.
+    for (const char* name : {"new-slide", "delete-slide"}) {
         add(name, [] {});
         actions_[name]->set_enabled(false);
     }

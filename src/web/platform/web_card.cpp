@@ -49,15 +49,21 @@ WebCard::WebCard(WebKitPageFactory& pages, Scheduler& scheduler, WebPrefetcher* 
         button->add_css_class("osd");
         button->set_focus_on_click(false);
     }
+    // Zoom controls sit at the bottom right, where pages keep the least;
+    // the audience never sees them (editor only).
     corner_.add_css_class("web-card-corner");
-    corner_.append(spinner_);
     corner_.append(zoomOut_);
     corner_.append(zoomBadge_);
     corner_.append(zoomIn_);
     corner_.set_halign(Gtk::Align::END);
-    corner_.set_valign(Gtk::Align::START);
-    corner_.set_margin(8);
+    corner_.set_valign(Gtk::Align::END);
+    corner_.set_margin(10);
     add_overlay(corner_);
+    spinner_.set_halign(Gtk::Align::END);
+    spinner_.set_valign(Gtk::Align::START);
+    spinner_.set_margin(12);
+    spinner_.set_can_target(false);
+    add_overlay(spinner_);
     refresh();
 }
 
@@ -141,9 +147,8 @@ void WebCard::refresh() {
     spinner_.set_spinning(status.kind == Kind::loading);
     const bool zoomed = !WebZoom::isActualSize(zoom_);
     zoomBadge_.set_label(WebZoom::percentText(zoom_));
-    zoomBadge_.set_visible(hasAddress_ && zoomed);
-    zoomOut_.set_visible(hasAddress_ && editing_);
-    zoomIn_.set_visible(hasAddress_ && editing_);
+    zoomBadge_.set_visible(zoomed);
+    corner_.set_visible(hasAddress_ && editing_ && !failed);
     set_visible(isWeb);
 }
 

@@ -18,9 +18,9 @@ class WebPrefetcher;
 
 // The frame of a web slide's live page on the stage: the page itself, or
 // "No URL set" for a slide without an address, "Couldn’t load page" with
-// the engine's message when loading failed, a spinner while it loads, and
-// the page-zoom badge (click for actual size). While editing, zoom buttons
-// too. The window places it over the slide's web area.
+// the engine's message when loading failed, and a spinner while it loads.
+// While editing, zoom buttons and the page-zoom badge (click for actual
+// size). The window places it over the slide's web area.
 class WebCard : public Gtk::Overlay {
 public:
     WebCard(WebKitPageFactory& pages, Scheduler& scheduler, WebPrefetcher* prefetcher,
