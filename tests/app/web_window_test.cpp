@@ -6,6 +6,7 @@
 #include <adwaita.h>
 
 #include "app/platform/deck_window.h"
+#include "app/platform/web_check_sheet.h"
 #include "gui_harness.h"
 #include "support/platform/local_server.h"
 #include "web/platform/web_card.h"
@@ -113,6 +114,24 @@ TEST_F(WebWindowTest, AnAutomaticPageScriptRunsOnThePresentedPageAndResetReloads
     pressKeys(window, {"ctrl+r"});
     ASSERT_TRUE(pumpUntil([&] { return server.requests("/a") == 2; }, 10));
     state.togglePresenting();
+}
+
+TEST_F(WebWindowTest, CheckWebSlidesFromTheMenuGoesToASlideAndDoneCloses) {
+    Deck deck;
+    deck.slides = {webSlide(server.url("/a"), "A"), Slide::make(SlideLayout::regular), webSlide(server.url("/gone"), "Gone")};
+    DeckWindow& window = open(deck);
+    window.activate_action("win.check-web-slides");
+    ASSERT_TRUE(pumpUntil([&] { return window.webCheck() != nullptr; }));
+    EXPECT_TRUE(window.state().isWebCheckPresented());
+    WebCheckSheet& sheet = *window.webCheck();
+    ASSERT_TRUE(pumpUntil([&] { return !sheet.checker().isRunning(); }, 30));
+    EXPECT_EQ(sheet.summaryLabel().get_text(), "1 of 2 need attention");
+
+    sheet.goToButton(1)->activate();
+    ASSERT_TRUE(pumpUntil([&] { return window.state().current() == 2; }));
+    sheet.doneButton().activate();
+    ASSERT_TRUE(pumpUntil([&] { return window.webCheck() == nullptr; }));
+    EXPECT_FALSE(window.state().isWebCheckPresented());
 }
 
 }  // namespace
