@@ -5,6 +5,9 @@
 
 #include <adwaita.h>
 
+#include <filesystem>
+
+#include "app/platform/browser_profiles_window.h"
 #include "app/platform/deck_window.h"
 #include "app/platform/web_check_sheet.h"
 #include "gui_harness.h"
@@ -132,6 +135,80 @@ TEST_F(WebWindowTest, CheckWebSlidesFromTheMenuGoesToASlideAndDoneCloses) {
     sheet.doneButton().activate();
     ASSERT_TRUE(pumpUntil([&] { return window.webCheck() == nullptr; }));
     EXPECT_FALSE(window.state().isWebCheckPresented());
+}
+
+}  // namespace
+}  // namespace lectern
+
+namespace lectern {
+namespace {
+
+// Every widget under `root` (itself included) that `match` accepts, in
+// tree order.
+std::vector<GtkWidget*> findWidgets(GtkWidget* root, const std::function<bool(GtkWidget*)>& match) {
+    std::vector<GtkWidget*> found;
+    if (match(root)) found.push_back(root);
+    for (GtkWidget* child = gtk_widget_get_first_child(root); child; child = gtk_widget_get_next_sibling(child)) {
+        auto below = findWidgets(child, match);
+        found.insert(found.end(), below.begin(), below.end());
+    }
+    return found;
+}
+
+std::vector<GtkWidget*> buttonsWithTooltip(GtkWidget* root, const std::string& tooltip) {
+    return findWidgets(root, [&](GtkWidget* widget) {
+        const char* text = gtk_widget_get_tooltip_text(widget);
+        return GTK_IS_BUTTON(widget) && text && tooltip == text && gtk_widget_get_mapped(widget);
+    });
+}
+
+TEST_F(WebWindowTest, BrowserProfilesSignOutDeleteAndLeaveAnotherDecksProfileAlone) {
+    Deck deck;
+    BrowserProfile work{Uuid::random(), "Work"}, unnamed{Uuid::random(), ""};
+    deck.browserProfiles = {work, unnamed};
+    deck.slides = {webSlide(server.url("/a"), "Work page"), webSlide(server.url("/b"), "Other page")};
+    deck.slides[0].browserProfileId = unnamed.id;
+    deck.slides[1].browserProfileId = work.id;
+    DeckWindow& other = open(deck);  // another open deck lists the same profiles
+    DeckWindow& window = open(deck);
+    ASSERT_TRUE(pumpUntil([&] { return onStageLoaded(window); }, 10));
+    auto& sessions = WebServices::shared().sessions();
+    ASSERT_TRUE(std::filesystem::exists(sessions.dataFolder(unnamed.id)));
+
+    window.activate_action("win.browser-profiles");
+    ASSERT_TRUE(pumpUntil([&] { return window.browserProfiles() && window.browserProfiles()->window(); }));
+    GtkWidget* profiles = GTK_WIDGET(window.browserProfiles()->window());
+    ASSERT_TRUE(pumpUntil([&] { return gtk_widget_get_mapped(profiles); }));
+    pumpFor(0.3);
+    testing::screenshot("browser-profiles");
+
+    // Signing Work out shows it for a moment.
+    auto signOut = buttonsWithTooltip(profiles, "Clear session (log out)");
+    ASSERT_EQ(signOut.size(), 2u);
+    gtk_widget_activate(signOut[0]);
+    auto signedOut = [&] {
+        return !findWidgets(profiles, [](GtkWidget* widget) {
+                    return GTK_IS_LABEL(widget) && std::string(gtk_label_get_text(GTK_LABEL(widget))) == "Signed out";
+                }).empty();
+    };
+    ASSERT_TRUE(pumpUntil(signedOut, 5));
+    EXPECT_TRUE(pumpUntil([&] { return !signedOut(); }, 3)) << "the feedback goes after 1.5 s";
+
+    // Deleting the unnamed profile asks first, with its title.
+    auto remove = buttonsWithTooltip(profiles, "Delete Profile…");
+    ASSERT_EQ(remove.size(), 2u);
+    gtk_widget_activate(remove[1]);
+    ASSERT_TRUE(pumpUntil([&] { return window.browserProfiles()->confirmation() != nullptr; }));
+    AdwMessageDialog* confirmation = window.browserProfiles()->confirmation();
+    EXPECT_STREQ(adw_message_dialog_get_heading(confirmation), "Delete profile “Untitled profile”?");
+    EXPECT_STREQ(adw_message_dialog_get_body(confirmation), "Its saved logins and site data will be erased.");
+    adw_message_dialog_response(confirmation, "delete");
+    ASSERT_TRUE(pumpUntil([&] { return window.deck().browserProfiles.size() == 1; }));
+    EXPECT_EQ(window.deck().slides[0].browserProfileId, std::nullopt) << "its slide falls back to the shared session";
+    EXPECT_EQ(window.deck().slides[1].browserProfileId, work.id);
+    pumpFor(1.0);
+    EXPECT_TRUE(std::filesystem::exists(sessions.dataFolder(unnamed.id))) << "the other deck still uses it";
+    EXPECT_EQ(other.deck().browserProfiles.size(), 2u);
 }
 
 }  // namespace

@@ -31,6 +31,7 @@ const std::vector<DeckCommand>& presentationCommands() {
         {"win.actual-size", "Actual Size", {"<Control>0"}},
         {"win.check-web-slides", "Check Web Slides…", {}},
         {"win.clear-shared-web-session", "Clear Shared Web Session", {"<Control>k"}},
+        {"win.browser-profiles", "Browser Profiles…", {}},
     };
     return commands;
 }

@@ -2,6 +2,7 @@
 
 #include <glib.h>
 
+#include "app/platform/browser_profiles_window.h"
 #include "app/platform/deck_commands.h"
 #include "app/platform/hud_bar.h"
 #include "app/platform/overview_grid.h"
@@ -96,8 +97,11 @@ DeckWindow::~DeckWindow() {
     WebServices::shared().prefetcher().setWanted(windowId_, {});
     ProfilesInUse::shared().remove(windowId_);
     if (webCard_) webCard_->clear();
+    saveNow();
     trustReview_.close();
     webCheck_.reset();
+    clearedConnection_.disconnect();
+    profilesWindow_.reset();
     panel_.reset();
     stateConnection_.disconnect();
     if (gobj()) unset_child();  // a closed window has lost its widgets already
@@ -353,6 +357,7 @@ void DeckWindow::setDeck(Deck deck) {
     madeElsewhere_.deckChanged(deck_, preferences_);
     ProfilesInUse::shared().publish(windowId_, deck_);
     if (webCheck_) webCheck_->setDeck(deck_);
+    refreshBrowserProfiles();
     set_title(windowTitle());
     adw_window_title_set_title(title_.get(), windowTitle().c_str());
     if (deck_.slides.size() < previousCount) state_->clampCurrent(static_cast<std::int64_t>(deck_.slides.size()));
@@ -445,7 +450,7 @@ void DeckWindow::setCurrentWebZoom(double zoom) {
     if (!slide || slide->layout != SlideLayout::web || slide->webZoom == zoom) return;
     Deck changed = deck_;
     changed.slides[static_cast<std::size_t>(state_->current())].webZoom = zoom;
-    setDeck(std::move(changed));
+    editDeck(std::move(changed));
 }
 
 void DeckWindow::refreshChrome() {

@@ -27,6 +27,7 @@ class PresenterPanel;
 class StageView;
 class WebCard;
 class WebCheckSheet;
+class BrowserProfilesWindow;
 
 // The window of one open deck, with its own presentation state. In the
 // editor it shows a header bar, the stage and the presenter notes; while the
@@ -46,6 +47,14 @@ public:
     // The deck after an edit: actions the presenter made are trusted at once,
     // the current slide stays in range, and automatic runs follow.
     void setDeck(Deck deck);
+    // A change the presenter made: the deck as setDeck() makes it, saved to
+    // its package a moment later (changes made together save once).
+    void editDeck(Deck deck);
+    // Writes a pending save now.
+    void saveNow();
+
+    // The deck's browser profiles window ("Browser Profiles…") while shown.
+    BrowserProfilesWindow* browserProfiles() { return profilesWindow_.get(); }
 
     // The window's key monitor; true when the key was used.
     bool handleKey(guint keyval, Gdk::ModifierType modifiers);
@@ -91,6 +100,8 @@ private:
     void refreshPresenterPanel();
     void refreshTrustReview();
     void refreshWebCheck();
+    void showBrowserProfiles();
+    void refreshBrowserProfiles();
 
     Uuid windowId_ = Uuid::random();
     Scheduler& scheduler_;
@@ -122,6 +133,9 @@ private:
     std::map<std::string, Glib::RefPtr<Gio::SimpleAction>> actions_;
     std::unique_ptr<PresenterPanel> panel_;
     std::unique_ptr<WebCheckSheet> webCheck_;
+    std::unique_ptr<BrowserProfilesWindow> profilesWindow_;
+    Signal<const std::optional<Uuid>&>::Connection clearedConnection_;
+    Scheduler::TimerId saveTimer_ = 0;
     TrustReview trustReview_;
     bool wasFullScreen_ = false;
     Signal<PresentationField>::Connection stateConnection_;

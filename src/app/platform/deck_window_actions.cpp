@@ -42,6 +42,7 @@ void DeckWindow::buildActions() {
         refreshWebPages();
     });
     add("check-web-slides", [this] { state_->setWebCheckPresented(true); });
+    add("browser-profiles", [this] { showBrowserProfiles(); });
     add("close", [this] { close(); });
 
     // Commands whose parts are not in this build yet: editing slides. They
