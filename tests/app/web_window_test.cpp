@@ -11,6 +11,8 @@
 #include "app/platform/deck_window.h"
 #include "app/platform/web_check_sheet.h"
 #include "gui_harness.h"
+#include "model/deck_package.h"
+#include "support/temp_dir.h"
 #include "support/platform/local_server.h"
 #include "web/platform/web_card.h"
 #include "web/platform/web_services.h"
@@ -209,6 +211,26 @@ TEST_F(WebWindowTest, BrowserProfilesSignOutDeleteAndLeaveAnotherDecksProfileAlo
     pumpFor(1.0);
     EXPECT_TRUE(std::filesystem::exists(sessions.dataFolder(unnamed.id))) << "the other deck still uses it";
     EXPECT_EQ(other.deck().browserProfiles.size(), 2u);
+}
+
+TEST_F(WebWindowTest, APageZoomIsSavedToTheDecksPackage) {
+    testing::TempDir folder;
+    std::filesystem::path package = folder / "Talk.lectern";
+    Deck deck;
+    deck.slides = {webSlide(server.url("/a"), "A")};
+    ASSERT_TRUE(DeckPackage::write(deck, package, std::nullopt).ok());
+    DeckWindow* window = app().openDeck(package);
+    ASSERT_NE(window, nullptr);
+    ASSERT_TRUE(pumpUntil([&] { return window->get_mapped(); }));
+    window->activate_action("win.zoom-in");
+    window->activate_action("win.zoom-in");
+    EXPECT_EQ(DeckPackage::read(package)->slides[0].webZoom, 1.0) << "saved a moment later, once";
+    EXPECT_EQ(window->deck().slides[0].webZoom, 1.25);
+    ASSERT_TRUE(window->package().has_value());
+    ASSERT_TRUE(pumpUntil([&] { return DeckPackage::read(package)->slides[0].webZoom == 1.25; }, 5));
+    window->activate_action("win.actual-size");
+    window->close();  // a change still waiting is saved on closing
+    EXPECT_EQ(DeckPackage::read(package)->slides[0].webZoom, 1.0);
 }
 
 }  // namespace

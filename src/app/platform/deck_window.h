@@ -100,6 +100,7 @@ private:
     void refreshPresenterPanel();
     void refreshTrustReview();
     void refreshWebCheck();
+    void writePackage();
     void showBrowserProfiles();
     void refreshBrowserProfiles();
 

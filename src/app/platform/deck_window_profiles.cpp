@@ -24,18 +24,19 @@ void DeckWindow::editDeck(Deck deck) {
     if (saveTimer_) scheduler_.cancel(saveTimer_);
     saveTimer_ = scheduler_.after(saveDelaySeconds, [this] {
         saveTimer_ = 0;
-        saveNow();
+        writePackage();
     });
 }
 
 void DeckWindow::saveNow() {
-    if (!saveTimer_ && !package_) return;
-    if (saveTimer_) {
-        scheduler_.cancel(saveTimer_);
-        saveTimer_ = 0;
-    } else {
-        return;  // nothing waiting
-    }
+    if (!saveTimer_) return;  // nothing waiting
+    scheduler_.cancel(saveTimer_);
+    saveTimer_ = 0;
+    writePackage();
+}
+
+void DeckWindow::writePackage() {
+    if (!package_) return;
     Status saved = DeckPackage::write(deck_, *package_, *package_, makeDeckPreviews);
     // The old package stays whole when a save fails; the change stays here.
     if (!saved) showToast("Couldn’t save the deck: " + saved.error().message);
