@@ -5,6 +5,7 @@
 #include "app/platform/app_style.h"
 #include "app/platform/deck_commands.h"
 #include "app/platform/deck_window.h"
+#include "app/platform/renderer_choice.h"
 #include "web/platform/web_services.h"
 #include "app/platform/start_window.h"
 #include "model/deck_package.h"
@@ -37,6 +38,7 @@ LecternApplication::~LecternApplication() = default;
 void LecternApplication::on_startup() {
     Gtk::Application::on_startup();
     adw_init();
+    chooseRenderer();
     Gtk::Window::set_default_icon_name("x-office-presentation");
 
     auto css = Gtk::CssProvider::create();
