@@ -38,7 +38,8 @@ LecternApplication::~LecternApplication() = default;
 void LecternApplication::on_startup() {
     Gtk::Application::on_startup();
     adw_init();
-    chooseRenderer();
+    bool hardwareOpenGl = chooseRenderer();
+    WebServices::shared().pages().setHardwareAcceleration(hardwareOpenGl);
     Gtk::Window::set_default_icon_name("x-office-presentation");
 
     auto css = Gtk::CssProvider::create();

@@ -40,16 +40,15 @@ std::string openGlRenderer() {
 
 }  // namespace
 
-void chooseRenderer() {
-    const char* chosen = g_getenv("GSK_RENDERER");
-    if (chosen && *chosen) return;
+bool chooseRenderer() {
     std::string renderer = openGlRenderer();
-    for (const char* software : {"llvmpipe", "softpipe", "swrast", "Software Rasterizer"}) {
-        if (renderer.find(software) != std::string::npos) {
-            g_setenv("GSK_RENDERER", "cairo", TRUE);
-            return;
-        }
+    bool software = false;
+    for (const char* name : {"llvmpipe", "softpipe", "swrast", "Software Rasterizer"}) {
+        software = software || renderer.find(name) != std::string::npos;
     }
+    const char* chosen = g_getenv("GSK_RENDERER");
+    if (software && !(chosen && *chosen)) g_setenv("GSK_RENDERER", "cairo", TRUE);
+    return !software;
 }
 
 }  // namespace lectern

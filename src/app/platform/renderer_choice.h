@@ -2,12 +2,13 @@
 
 namespace lectern {
 
-// GTK draws windows with OpenGL by default. Where OpenGL is only Mesa's
-// software rasteriser (virtual machines, servers, Xvfb, machines without a
-// GPU driver), that is several times slower than GTK's Cairo renderer: a
-// slide change misses the frame. Picks the Cairo renderer there, unless the
-// user chose a renderer with GSK_RENDERER. Call once GTK has a display and
-// before the first window appears.
-void chooseRenderer();
+// GTK draws windows with OpenGL by default, and the web engine composites
+// pages with it. Where OpenGL is only Mesa's software rasteriser (virtual
+// machines, servers, Xvfb, machines without a GPU driver), both are several
+// times slower than drawing with Cairo: slide changes and pages miss frames.
+// There this picks GTK's Cairo renderer (unless the user chose one with
+// GSK_RENDERER) and returns false: pages should be drawn without hardware
+// acceleration. Call once GTK has a display, before the first window.
+bool chooseRenderer();
 
 }  // namespace lectern

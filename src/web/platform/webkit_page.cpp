@@ -15,12 +15,15 @@ struct ScriptCall {
 
 }  // namespace
 
-WebKitPage::WebKitPage(WebKitNetworkSession* session)
+WebKitPage::WebKitPage(WebKitNetworkSession* session, bool accelerated)
     : view_(GObjectRef<WebKitWebView>::take(
           WEBKIT_WEB_VIEW(g_object_new(WEBKIT_TYPE_WEB_VIEW, "network-session", session, nullptr)))),
       cancellable_(GObjectRef<GCancellable>::take(g_cancellable_new())) {
     WebKitSettings* settings = webkit_web_view_get_settings(view_.get());
     webkit_settings_set_enable_javascript(settings, TRUE);
+    if (!accelerated) {
+        webkit_settings_set_hardware_acceleration_policy(settings, WEBKIT_HARDWARE_ACCELERATION_POLICY_NEVER);
+    }
     gtk_widget_set_hexpand(widget(), TRUE);
     gtk_widget_set_vexpand(widget(), TRUE);
 
@@ -169,7 +172,7 @@ std::shared_ptr<WebPage> WebKitPageFactory::makePage(const std::optional<Uuid>& 
 }
 
 std::shared_ptr<WebKitPage> WebKitPageFactory::makeWebKitPage(const std::optional<Uuid>& profileId) {
-    auto page = std::make_shared<WebKitPage>(sessions_.session(profileId));
+    auto page = std::make_shared<WebKitPage>(sessions_.session(profileId), accelerated_);
     if (hiddenWidth_ > 0 && hiddenHeight_ > 0) {
         // A page in no window is laid out at the size it will be shown at,
         // so that coming on stage needs no new layout of the page.

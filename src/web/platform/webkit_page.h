@@ -19,8 +19,9 @@ class WebSessions;
 // loads (hidden pages of the prefetcher and the check).
 class WebKitPage : public WebPage, public std::enable_shared_from_this<WebKitPage> {
 public:
-    // A new view in `session` with JavaScript on.
-    explicit WebKitPage(WebKitNetworkSession* session);
+    // A new view in `session` with JavaScript on; `accelerated`: pages may
+    // composite with OpenGL (off where OpenGL is software only).
+    explicit WebKitPage(WebKitNetworkSession* session, bool accelerated = true);
     ~WebKitPage() override;
 
     GtkWidget* widget() const { return GTK_WIDGET(view_.get()); }
@@ -62,10 +63,13 @@ public:
     // The size of the stage's web area: new pages are laid out at it even
     // while no window shows them (pages loaded ahead).
     void setHiddenSize(int width, int height) { hiddenWidth_ = width; hiddenHeight_ = height; }
+    // Whether new pages may use hardware acceleration.
+    void setHardwareAcceleration(bool on) { accelerated_ = on; }
 
 private:
     WebSessions& sessions_;
     int hiddenWidth_ = 0, hiddenHeight_ = 0;
+    bool accelerated_ = true;
 };
 
 }  // namespace lectern
