@@ -17,27 +17,13 @@
 #include "app/platform/lectern_application.h"
 #include "app/platform/stage_view.h"
 #include "bench_decks.h"
+#include "main_loop.h"
 
 namespace {
 
-using Clock = std::chrono::steady_clock;
-
-void pumpFor(double seconds) {
-    auto end = Clock::now() + std::chrono::duration<double>(seconds);
-    while (Clock::now() < end) {
-        if (!g_main_context_iteration(nullptr, false)) std::this_thread::sleep_for(std::chrono::microseconds(200));
-    }
-}
-
-template <class Done>
-bool pumpUntil(Done done, double seconds) {
-    auto end = Clock::now() + std::chrono::duration<double>(seconds);
-    while (!done()) {
-        if (Clock::now() >= end) return false;
-        g_main_context_iteration(nullptr, false);
-    }
-    return true;
-}
+using lectern::bench::Clock;
+using lectern::bench::pumpFor;
+using lectern::bench::pumpUntil;
 
 double percentile(std::vector<double> values, double fraction) {
     std::sort(values.begin(), values.end());

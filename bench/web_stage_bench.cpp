@@ -24,31 +24,17 @@
 #include "app/platform/gobject_ref.h"
 #include "app/platform/lectern_application.h"
 #include "bench_decks.h"
+#include "main_loop.h"
 #include "support/platform/local_server.h"
 #include "web/platform/web_card.h"
 #include "web/platform/web_services.h"
 
 namespace {
 
-using Clock = std::chrono::steady_clock;
+using lectern::bench::Clock;
+using lectern::bench::pumpFor;
+using lectern::bench::pumpUntil;
 using lectern::testing::LocalServer;
-
-void pumpFor(double seconds) {
-    auto end = Clock::now() + std::chrono::duration<double>(seconds);
-    while (Clock::now() < end) {
-        if (!g_main_context_iteration(nullptr, false)) std::this_thread::sleep_for(std::chrono::microseconds(200));
-    }
-}
-
-template <class Done>
-bool pumpUntil(Done done, double seconds) {
-    auto end = Clock::now() + std::chrono::duration<double>(seconds);
-    while (!done()) {
-        if (Clock::now() >= end) return false;
-        if (!g_main_context_iteration(nullptr, false)) std::this_thread::sleep_for(std::chrono::microseconds(100));
-    }
-    return true;
-}
 
 double median(std::vector<double> values) {
     std::sort(values.begin(), values.end());

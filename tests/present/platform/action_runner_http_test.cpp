@@ -6,18 +6,12 @@
 #include <regex>
 
 #include "present/platform/soup_http_transport.h"
+#include "support/platform/local_server.h"
 
 namespace lectern {
 namespace {
 
-bool iterateUntil(const std::function<bool()>& finished, guint boundMs = 20000) {
-    bool expired = false;
-    auto expire = [](gpointer flag) { return *static_cast<bool*>(flag) = true, G_SOURCE_REMOVE; };
-    guint bound = g_timeout_add(boundMs, expire, &expired);
-    while (!finished() && !expired) g_main_context_iteration(nullptr, TRUE);
-    if (!expired) g_source_remove(bound);
-    return !expired;
-}
+using testing::iterateUntil;
 
 // /missing answers 404 after 30 ms with a Latin-1 body, /silent never
 // answers, anything else 204. Each request's headers and body are kept.
