@@ -9,6 +9,7 @@
 
 #include "app/platform/browser_profiles_window.h"
 #include "app/platform/deck_window.h"
+#include "app/platform/stage_view.h"
 #include "app/platform/web_check_sheet.h"
 #include "gui_harness.h"
 #include "model/deck_package.h"
@@ -211,6 +212,39 @@ TEST_F(WebWindowTest, BrowserProfilesSignOutDeleteAndLeaveAnotherDecksProfileAlo
     pumpFor(1.0);
     EXPECT_TRUE(std::filesystem::exists(sessions.dataFolder(unnamed.id))) << "the other deck still uses it";
     EXPECT_EQ(other.deck().browserProfiles.size(), 2u);
+}
+
+TEST_F(WebWindowTest, TypingInTheLivePageWhilePresentingStaysInThePage) {
+    server.route("/form", [](const LocalServer::Request&) {
+        LocalServer::Answer answer;
+        answer.body = "<!doctype html><title>Form</title><body style='margin:0'>"
+                      "<input id=name style='width:100%;height:100vh;font-size:40px'>";
+        return answer;
+    });
+    Deck deck;
+    deck.slides = {webSlide(server.url("/form"), "Sign in"), Slide::make(SlideLayout::regular)};
+    DeckWindow& window = open(deck);
+    window.state().toggleEditor();
+    ASSERT_TRUE(pumpUntil([&] { return onStageLoaded(window); }, 10));
+    pumpFor(0.3);
+    WebCard& card = window.webCard();
+    testing::click(card, card.get_width() / 2.0, card.get_height() / 2.0);
+    pumpFor(0.3);
+    pressKeys(window, {"a", "space", "b"});
+    pumpFor(0.3);
+    EXPECT_EQ(window.state().current(), 0) << "a space typed into the page is not a presenter remote";
+
+    std::optional<Result<std::optional<std::string>>> typed;
+    card.pane()->page()->evaluateAsyncFunction("return document.getElementById('name').value;",
+                                               [&](auto value) { typed = std::move(value); });
+    ASSERT_TRUE(pumpUntil([&] { return typed.has_value(); }));
+    ASSERT_TRUE(typed->ok());
+    EXPECT_EQ(**typed, std::optional<std::string>("a b"));
+
+    // Back on the stage itself, Space steps the talk again.
+    window.stage().grab_focus();
+    pressKeys(window, {"space"});
+    EXPECT_TRUE(pumpUntil([&] { return window.state().current() == 1; }));
 }
 
 TEST_F(WebWindowTest, APageZoomIsSavedToTheDecksPackage) {

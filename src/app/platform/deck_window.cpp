@@ -328,9 +328,12 @@ bool DeckWindow::handleKey(guint keyval, Gdk::ModifierType modifiers) {
                          held(Gdk::ModifierType::HYPER_MASK);
     bool bare = !keyModifiers.shift && !keyModifiers.control && !keyModifiers.alt && !keyModifiers.super;
     // Presenter remotes send Page Down and Page Up (some send Space): they
-    // step like the right and left arrows.
-    if (bare && (keyval == GDK_KEY_Page_Down || keyval == GDK_KEY_space)) keyval = keys::right;
-    if (bare && keyval == GDK_KEY_Page_Up) keyval = keys::left;
+    // step like the right and left arrows, unless the presenter is working
+    // in the live page (typing a space, scrolling it).
+    Gtk::Widget* focus = get_focus();
+    bool inLivePage = focus && webCard_ && (focus == webCard_ || focus->is_ancestor(*webCard_));
+    if (bare && !inLivePage && (keyval == GDK_KEY_Page_Down || keyval == GDK_KEY_space)) keyval = keys::right;
+    if (bare && !inLivePage && keyval == GDK_KEY_Page_Up) keyval = keys::left;
 
     switch (keyCommand(keyval, keyModifiers, state_->editorOpen())) {
     case KeyCommand::passOn: return false;
