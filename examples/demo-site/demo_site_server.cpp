@@ -107,7 +107,7 @@ Json toJson(const Order& order) {
 }
 
 std::vector<Order> demoOrders() {
-    struct Seed {
+    struct Starting {
         const char* customer;
         const char* item;
         int quantity;
@@ -115,7 +115,7 @@ std::vector<Order> demoOrders() {
         const char* channel;
         int minutesAgo;
     };
-    const Seed seeds[] = {
+    const Starting startingOrders[] = {
         {"Noor Haddad", "House blend, 1 kg", 2, "Shipped", "Web shop", 212},
         {"Tomás Rivera", "Pour-over kit", 1, "Shipped", "Web shop", 164},
         {"Ingrid Solberg", "Espresso roast, 500 g", 3, "Packing", "Web shop", 97},
@@ -125,16 +125,16 @@ std::vector<Order> demoOrders() {
     std::vector<Order> orders;
     int number = 1038;
     const std::int64_t now = nowMs();
-    for (const auto& seed : seeds) {
+    for (const auto& first : startingOrders) {
         Order order;
         order.number = number++;
-        order.customer = seed.customer;
-        order.item = seed.item;
-        order.quantity = seed.quantity;
-        order.totalCents = priceOf(seed.item) * seed.quantity;
-        order.status = seed.status;
-        order.channel = seed.channel;
-        order.createdAtMs = now - std::int64_t(seed.minutesAgo) * 60 * 1000;
+        order.customer = first.customer;
+        order.item = first.item;
+        order.quantity = first.quantity;
+        order.totalCents = priceOf(first.item) * first.quantity;
+        order.status = first.status;
+        order.channel = first.channel;
+        order.createdAtMs = now - std::int64_t(first.minutesAgo) * 60 * 1000;
         orders.push_back(order);
     }
     return orders;
