@@ -28,9 +28,10 @@ std::vector<PrefetchKey> WebPrefetcher::wantedKeys(const std::vector<Slide>& sli
         if (index >= 0 && index < count) candidates.push_back(&slides[static_cast<std::size_t>(index)]);
     }
     for (const auto& link : here.links) {
-        auto target = std::find_if(slides.begin(), slides.end(),
-                                   [&](const Slide& slide) { return slide.id.string() == link.targetId; });
-        if (!link.targetId.empty() && target != slides.end()) candidates.push_back(&*target);
+        auto id = Uuid::parse(link.targetId);  // none for "", "$back" and the like
+        if (!id) continue;
+        auto target = std::find_if(slides.begin(), slides.end(), [&](const Slide& slide) { return slide.id == *id; });
+        if (target != slides.end()) candidates.push_back(&*target);
     }
 
     std::optional<PrefetchKey> own = keyOf(here);

@@ -265,6 +265,20 @@ TEST_F(WebWindowTest, APageZoomIsSavedToTheDecksPackage) {
     window->activate_action("win.actual-size");
     window->close();  // a change still waiting is saved on closing
     EXPECT_EQ(DeckPackage::read(package)->slides[0].webZoom, 1.0);
+
+    // A save that fails keeps the window open once, so the change is not
+    // lost without a word; closing again lets it go.
+    window = app().openDeck(package);
+    ASSERT_NE(window, nullptr);
+    ASSERT_TRUE(pumpUntil([&] { return window->get_mapped(); }));
+    std::filesystem::remove_all(folder.path());
+    window->activate_action("win.zoom-in");
+    EXPECT_FALSE(window->saveNow());
+    window->close();
+    pumpFor(0.2);
+    EXPECT_EQ(app().get_windows().size(), 1u);
+    window->close();
+    EXPECT_TRUE(pumpUntil([&] { return app().get_windows().empty(); }));
 }
 
 }  // namespace

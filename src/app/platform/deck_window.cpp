@@ -97,7 +97,10 @@ DeckWindow::~DeckWindow() {
     WebServices::shared().prefetcher().setWanted(windowId_, {});
     ProfilesInUse::shared().remove(windowId_);
     if (webCard_) webCard_->clear();
-    saveNow();
+    // Closing saved already; a window taken down otherwise still writes
+    // what is waiting, with nowhere left to say if that fails.
+    if (saveTimer_) scheduler_.cancel(saveTimer_);
+    if (unsaved_) (void)writePackage();
     trustReview_.close();
     webCheck_.reset();
     clearedConnection_.disconnect();

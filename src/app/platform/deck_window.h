@@ -50,8 +50,9 @@ public:
     // A change the presenter made: the deck as setDeck() makes it, saved to
     // its package a moment later (changes made together save once).
     void editDeck(Deck deck);
-    // Writes a pending save now.
-    void saveNow();
+    // Writes a change not yet saved now; false (with a message in the
+    // window) when that failed and the change is still only here.
+    bool saveNow();
 
     // The deck's browser profiles window ("Browser Profiles…") while shown.
     BrowserProfilesWindow* browserProfiles() { return profilesWindow_.get(); }
@@ -100,7 +101,8 @@ private:
     void refreshPresenterPanel();
     void refreshTrustReview();
     void refreshWebCheck();
-    void writePackage();
+    Status writePackage();
+    bool on_close_request() override;
     void showBrowserProfiles();
     void refreshBrowserProfiles();
 
@@ -137,6 +139,8 @@ private:
     std::unique_ptr<BrowserProfilesWindow> profilesWindow_;
     Signal<const std::optional<Uuid>&>::Connection clearedConnection_;
     Scheduler::TimerId saveTimer_ = 0;
+    bool unsaved_ = false;               // an edit the package does not have yet
+    bool warnedOfFailedSave_ = false;    // closing again discards it
     TrustReview trustReview_;
     bool wasFullScreen_ = false;
     Signal<PresentationField>::Connection stateConnection_;

@@ -2,6 +2,8 @@
 // window's requests become deck edits and profile-store operations, and
 // edits are written to the deck's package a moment after they are made.
 
+#include <utility>
+
 #include "app/platform/browser_profiles_window.h"
 #include "app/platform/deck_window.h"
 #include "slides/deck_previews.h"
@@ -21,25 +23,39 @@ constexpr double saveDelaySeconds = 1.0;
 void DeckWindow::editDeck(Deck deck) {
     setDeck(std::move(deck));
     if (!package_) return;
+    unsaved_ = true;
+    warnedOfFailedSave_ = false;
     if (saveTimer_) scheduler_.cancel(saveTimer_);
     saveTimer_ = scheduler_.after(saveDelaySeconds, [this] {
         saveTimer_ = 0;
-        writePackage();
+        saveNow();
     });
 }
 
-void DeckWindow::saveNow() {
-    if (!saveTimer_) return;  // nothing waiting
-    scheduler_.cancel(saveTimer_);
-    saveTimer_ = 0;
-    writePackage();
+bool DeckWindow::saveNow() {
+    if (saveTimer_) scheduler_.cancel(std::exchange(saveTimer_, 0));
+    if (!unsaved_) return true;
+    Status saved = writePackage();
+    if (saved) return true;
+    // The old package stays whole when a save fails; the change stays here,
+    // and the next save or closing tries again.
+    showToast("Couldn’t save the deck: " + saved.error().message);
+    return false;
 }
 
-void DeckWindow::writePackage() {
-    if (!package_) return;
+Status DeckWindow::writePackage() {
     Status saved = DeckPackage::write(deck_, *package_, *package_, makeDeckPreviews);
-    // The old package stays whole when a save fails; the change stays here.
-    if (!saved) showToast("Couldn’t save the deck: " + saved.error().message);
+    if (saved) unsaved_ = false;
+    return saved;
+}
+
+bool DeckWindow::on_close_request() {
+    if (saveNow() || warnedOfFailedSave_) return Gtk::ApplicationWindow::on_close_request();
+    // The first close after a failed save stays open, so the change is not
+    // lost without a word; closing again lets it go.
+    warnedOfFailedSave_ = true;
+    showToast("The deck could not be saved. Close again to discard the change.");
+    return true;
 }
 
 void DeckWindow::showBrowserProfiles() {

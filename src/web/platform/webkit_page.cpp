@@ -168,10 +168,6 @@ void WebKitPage::evaluateAsyncFunction(const std::string& body,
 }
 
 std::shared_ptr<WebPage> WebKitPageFactory::makePage(const std::optional<Uuid>& profileId) {
-    return makeWebKitPage(profileId);
-}
-
-std::shared_ptr<WebKitPage> WebKitPageFactory::makeWebKitPage(const std::optional<Uuid>& profileId) {
     auto page = std::make_shared<WebKitPage>(sessions_.session(profileId), accelerated_);
     if (hiddenWidth_ > 0 && hiddenHeight_ > 0) {
         // A page in no window is laid out at the size it will be shown at,

@@ -17,7 +17,7 @@ class WebSessions;
 // A WebPage over a WebKitWebView of the web engine. The view is a widget:
 // put widget() into a container to show the page; a page in no window still
 // loads (hidden pages of the prefetcher and the check).
-class WebKitPage : public WebPage, public std::enable_shared_from_this<WebKitPage> {
+class WebKitPage : public WebPage {
 public:
     // A new view in `session` with JavaScript on; `accelerated`: pages may
     // composite with OpenGL (off where OpenGL is software only).
@@ -57,8 +57,6 @@ class WebKitPageFactory : public WebPageFactory {
 public:
     explicit WebKitPageFactory(WebSessions& sessions) : sessions_(sessions) {}
     std::shared_ptr<WebPage> makePage(const std::optional<Uuid>& profileId) override;
-    // The same, with the engine's type, for panes that show the view.
-    std::shared_ptr<WebKitPage> makeWebKitPage(const std::optional<Uuid>& profileId);
 
     // The size of the stage's web area: new pages are laid out at it even
     // while no window shows them (pages loaded ahead).
