@@ -14,7 +14,21 @@ namespace {
 
 // ---------------------------------------------------------------- reading
 
-APIRequestSpec readRequest(const json& value, const std::string& path) {
+// Where an element sits in the deck ("slides/2/actions/0/headers/1"). An
+// action or header row stored without an id gets the name-based UUID of this
+// place in the deck's id as namespace, so every read of the same file gives it
+// the same id, and the action the same trust fingerprint.
+struct Place {
+    const Uuid& deck;
+    std::string name;
+
+    Place child(const char* key, std::size_t index) const {
+        return {deck, name + "/" + key + "/" + std::to_string(index)};
+    }
+    Uuid id() const { return Uuid::nameBased(deck, name); }
+};
+
+APIRequestSpec readRequest(const json& value, const std::string& path, const Place& action) {
     JsonObjectReader r(value, path);
     APIRequestSpec request;
     request.method = r.string("method");
@@ -23,7 +37,8 @@ APIRequestSpec readRequest(const json& value, const std::string& path) {
         for (std::size_t i = 0; i < headers->size(); ++i) {
             JsonObjectReader h((*headers)[i], indexedPath(r.pathOf("headers"), i));
             HTTPHeaderField field;
-            if (auto id = h.optionalUuid("id")) field.id = *id;
+            auto id = h.optionalUuid("id");
+            field.id = id ? *id : action.child("headers", i).id();
             field.name = h.string("name");
             field.value = h.string("value");
             request.headers.push_back(std::move(field));
@@ -36,7 +51,7 @@ APIRequestSpec readRequest(const json& value, const std::string& path) {
 
 // The older `kind` key: an object with exactly one key, apiRequest or
 // pageScript, whose value holds the payload under "_0".
-SlideActionKind readKind(const json& value, const std::string& path) {
+SlideActionKind readKind(const json& value, const std::string& path, const Place& action) {
     JsonObjectReader r(value, path);
     static const char* const invalidCount = "Invalid number of keys found, expected one.";
     if (value.size() != 1) throw JsonReadFailure(path, invalidCount);
@@ -47,7 +62,7 @@ SlideActionKind readKind(const json& value, const std::string& path) {
         JsonObjectReader p(payload, r.pathOf(key));
         const json* request = p.find("_0");
         if (!request) p.fail("_0", "missing");
-        return readRequest(*request, p.pathOf("_0"));
+        return readRequest(*request, p.pathOf("_0"), action);
     }
     if (key == "pageScript") {
         JsonObjectReader p(payload, r.pathOf(key));
@@ -58,18 +73,21 @@ SlideActionKind readKind(const json& value, const std::string& path) {
     throw JsonReadFailure(path, invalidCount);
 }
 
-SlideAction readAction(const json& value, const std::string& path) {
+SlideAction readAction(const json& value, const std::string& path, const Place& place) {
     JsonObjectReader r(value, path);
     SlideAction action;
-    if (auto id = r.optionalUuid("id")) action.id = *id;
+    auto id = r.optionalUuid("id");
+    action.id = id ? *id : place.id();
     action.name = r.string("name");
     if (auto kindCase = r.optionalString("kindCase")) {
         // An unknown kind from a newer version falls back to the first case.
         action.kindCase = enumFromName<SlideActionKindCase>(*kindCase).value_or(SlideActionKindCase::apiRequest);
-        if (const json* request = r.find("request")) action.request = readRequest(*request, r.pathOf("request"));
+        if (const json* request = r.find("request")) {
+            action.request = readRequest(*request, r.pathOf("request"), place);
+        }
         action.script = r.string("script");
     } else if (const json* kind = r.find("kind")) {
-        auto payload = readKind(*kind, r.pathOf("kind"));
+        auto payload = readKind(*kind, r.pathOf("kind"), place);
         if (auto* request = std::get_if<APIRequestSpec>(&payload)) {
             action.kindCase = SlideActionKindCase::apiRequest;
             action.request = std::move(*request);
@@ -121,7 +139,7 @@ double clampedWebZoom(const json* value) {
     return *zoom;
 }
 
-Slide readSlide(const json& value, const std::string& path) {
+Slide readSlide(const json& value, const std::string& path, const Place& place) {
     JsonObjectReader r(value, path);
     Slide slide;
     slide.id = r.requiredUuid("id");
@@ -200,7 +218,8 @@ Slide readSlide(const json& value, const std::string& path) {
 
     if (const json* actions = r.optionalArray("actions")) {
         for (std::size_t i = 0; i < actions->size(); ++i) {
-            slide.actions.push_back(readAction((*actions)[i], indexedPath(r.pathOf("actions"), i)));
+            slide.actions.push_back(
+                readAction((*actions)[i], indexedPath(r.pathOf("actions"), i), place.child("actions", i)));
         }
     }
     return slide;
@@ -243,7 +262,8 @@ Deck readDeck(const json& value) {
     }
     const json& slides = r.requiredArray("slides");
     for (std::size_t i = 0; i < slides.size(); ++i) {
-        deck.slides.push_back(readSlide(slides[i], indexedPath("slides", i)));
+        Place place{deck.id, "slides/" + std::to_string(i)};
+        deck.slides.push_back(readSlide(slides[i], indexedPath("slides", i), place));
     }
     // Talk length is read leniently: a wrong type or a value below 1 is absent.
     if (const json* minutes = r.find("targetMinutes")) {

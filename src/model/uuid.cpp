@@ -2,6 +2,8 @@
 
 #include <glib.h>
 
+#include <algorithm>
+
 namespace lectern {
 
 namespace {
@@ -21,6 +23,21 @@ Uuid Uuid::random() {
     auto parsed = parse(text);
     g_free(text);
     return *parsed;
+}
+
+Uuid Uuid::nameBased(const Uuid& space, std::string_view name) {
+    GChecksum* sha1 = g_checksum_new(G_CHECKSUM_SHA1);
+    g_checksum_update(sha1, space.bytes_.data(), static_cast<gssize>(space.bytes_.size()));
+    g_checksum_update(sha1, reinterpret_cast<const guchar*>(name.data()), static_cast<gssize>(name.size()));
+    std::array<std::uint8_t, 20> digest{};
+    gsize length = digest.size();
+    g_checksum_get_digest(sha1, digest.data(), &length);
+    g_checksum_free(sha1);
+    Uuid id;
+    std::copy_n(digest.begin(), id.bytes_.size(), id.bytes_.begin());
+    id.bytes_[6] = static_cast<std::uint8_t>((id.bytes_[6] & 0x0F) | 0x50);  // version 5
+    id.bytes_[8] = static_cast<std::uint8_t>((id.bytes_[8] & 0x3F) | 0x80);  // RFC 4122 variant
+    return id;
 }
 
 std::optional<Uuid> Uuid::parse(std::string_view text) {

@@ -17,6 +17,9 @@ public:
     Uuid() = default;  // the nil UUID
 
     static Uuid random();
+    // The name-based (version 5, SHA-1) UUID of `name` within `space`: the
+    // same pair always gives the same UUID.
+    static Uuid nameBased(const Uuid& space, std::string_view name);
     static std::optional<Uuid> parse(std::string_view text);
 
     std::string string() const;

@@ -50,16 +50,6 @@ std::optional<std::string> ActionTrust::fingerprint(const SlideAction& action, c
     }
 }
 
-std::set<std::string> ActionTrust::deckFingerprints(const Deck& deck) {
-    std::set<std::string> fingerprints;
-    for (const auto& slide : deck.slides) {
-        for (const auto& action : slide.actions) {
-            if (auto fp = fingerprint(action, slide)) fingerprints.insert(*fp);
-        }
-    }
-    return fingerprints;
-}
-
 std::set<std::string> ActionTrust::trustedFingerprints(const PreferencesStore& store) {
     std::set<std::string> trusted;
     const json* stored = store.value(preferencesKey);
@@ -129,14 +119,52 @@ std::string ActionTrust::summary(const SlideAction& action, const Slide& slide) 
     return text;
 }
 
-void MadeElsewhereTracker::deckChanged(const Deck& deck, PreferencesStore& store) {
-    auto current = ActionTrust::deckFingerprints(deck);
-    std::vector<std::string> added;
-    for (const auto& fp : current) {
-        if (!known_.contains(fp)) added.push_back(fp);
+namespace {
+
+// What an action does, apart from ids: equal for a moved, re-pointed or
+// duplicated action, different after any edit of the action itself.
+std::string contentKey(const SlideAction& action) {
+    json content = DeckJson::toJson(action);
+    content.erase("id");
+    for (auto& header : content["request"]["headers"]) header.erase("id");
+    try {
+        return sha256Hex(content.dump());
+    } catch (const json::exception&) {
+        return {};  // such an action has no fingerprint either
     }
+}
+
+// Calls `visit(key, fingerprint)` for every action of the deck that has one.
+template <class Visit>
+void forEachAction(const Deck& deck, Visit visit) {
+    for (const auto& slide : deck.slides) {
+        for (const auto& action : slide.actions) {
+            if (auto fp = ActionTrust::fingerprint(action, slide)) visit(contentKey(action), *fp);
+        }
+    }
+}
+
+}  // namespace
+
+MadeElsewhereTracker::MadeElsewhereTracker(const Deck& opened) {
+    forEachAction(opened, [&](std::string key, const std::string& fp) { received_[std::move(key)].insert(fp); });
+}
+
+void MadeElsewhereTracker::deckChanged(const Deck& deck, PreferencesStore& store) {
+    auto trusted = ActionTrust::trustedFingerprints(store);
+    auto allTrusted = [&](const std::set<std::string>& fps) {
+        return std::all_of(fps.begin(), fps.end(), [&](const std::string& fp) { return trusted.contains(fp); });
+    };
+    std::vector<std::string> added;
+    std::map<std::string, std::set<std::string>> seen;  // received content in this deck
+    forEachAction(deck, [&](std::string key, const std::string& fp) {
+        auto before = received_.find(key);
+        if (before != received_.end()) seen[std::move(key)].insert(fp);
+        if (trusted.contains(fp)) return;
+        if (before == received_.end() || allTrusted(before->second)) added.push_back(fp);
+    });
+    for (auto& [key, fps] : seen) received_[key].merge(fps);
     if (!added.empty()) ActionTrust::trust(added, store);
-    known_ = std::move(current);
 }
 
 }  // namespace lectern

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <map>
 #include <optional>
 #include <set>
 #include <string>
@@ -29,7 +30,6 @@ public:
     // and profile, as JSON with sorted keys: editing the action, moving it,
     // or pointing its slide elsewhere changes it.
     static std::optional<std::string> fingerprint(const SlideAction& action, const Slide& slide);
-    static std::set<std::string> deckFingerprints(const Deck& deck);
 
     static std::set<std::string> trustedFingerprints(const PreferencesStore& store);
     // Appends the fingerprints not yet stored, keeping the stored order.
@@ -43,17 +43,27 @@ public:
 };
 
 // Per deck window: what the deck held when the window opened was made
-// elsewhere and is not trusted by that alone; every action the presenter
-// adds or edits while the window is open is trusted at once.
+// elsewhere and waits for consent; what the presenter creates or edits while
+// the window is open is trusted at once.
+//
+// An action is told apart by its own content (its JSON without ids). Content
+// the deck held at opening stays received content for the window's life, so
+// pointing its slide at another page or profile, moving it to another slide,
+// duplicating it, or bringing it back by undo never trusts it: a new
+// fingerprint of received content is trusted only while every fingerprint
+// that content has had in this window is trusted (an allowed action stays
+// allowed when its slide is re-pointed). Any other content is the
+// presenter's own work: an added action, or an edit of the action itself.
 class MadeElsewhereTracker {
 public:
-    explicit MadeElsewhereTracker(const Deck& opened) : known_(ActionTrust::deckFingerprints(opened)) {}
-    // Call on every change of the deck: trusts the fingerprints that are new
-    // since the previous call.
+    explicit MadeElsewhereTracker(const Deck& opened);
+    // Call on every change of the deck: trusts the untrusted fingerprints
+    // that the rule above allows.
     void deckChanged(const Deck& deck, PreferencesStore& store);
 
 private:
-    std::set<std::string> known_;
+    // Received content (a digest of it) -> every fingerprint it has had.
+    std::map<std::string, std::set<std::string>> received_;
 };
 
 }  // namespace lectern

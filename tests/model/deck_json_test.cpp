@@ -287,6 +287,27 @@ TEST(DeckJsonRead, ActionsOlderKindObject) {
     EXPECT_EQ(kindFailure({{"pageScript", json::object()}}), "slides[0].actions[0].kind.pageScript._0: missing");
 }
 
+TEST(DeckJsonRead, ActionsAndHeadersWithoutIdsGetTheSameIdsAtEveryRead) {
+    // Name-based (version 5) UUID, the known value of RFC 4122's example.
+    EXPECT_EQ(Uuid::nameBased(*Uuid::parse("6ba7b810-9dad-11d1-80b4-00c04fd430c8"), "www.example.com").string(),
+              "2ED6657D-E927-568B-95E1-2665A8AEA6A2");
+
+    json headers = json::array({{{"name", "A"}}, {{"name", "B"}}});
+    json action = {{"kindCase", "apiRequest"}, {"request", {{"headers", headers}}}};
+    json document = deckWith(json::array({{{"id", slideId}, {"actions", json::array({action, action})}}}));
+    auto first = DeckJson::fromJson(document);
+    auto second = DeckJson::fromJson(document);
+    ASSERT_TRUE(first.ok() && second.ok());
+    EXPECT_EQ(DeckJson::encode(*first), DeckJson::encode(*second));  // ids included
+    const auto& actions = first->slides[0].actions;
+    EXPECT_NE(actions[0].id, actions[1].id);
+    EXPECT_NE(actions[0].request.headers[0].id, actions[0].request.headers[1].id);
+    EXPECT_NE(actions[0].request.headers[0].id, actions[1].request.headers[0].id);
+    // The place is named within the deck: another deck gives other ids.
+    document["id"] = "11111111-2222-4333-8444-555555555555";
+    EXPECT_NE(DeckJson::fromJson(document)->slides[0].actions[0].id, actions[0].id);
+}
+
 TEST(DeckJsonWrite, RoundTripGivesAnEqualDeck) {
     Deck deck;
     deck.title = "Launch day \u2014 \u201Cdemo\u201D";

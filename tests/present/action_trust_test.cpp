@@ -137,5 +137,47 @@ TEST(ActionTrustStore, TwoWindowsShareOneStore) {
     EXPECT_EQ(ActionTrust::trustedSlide(deck.slides[0], store).actions.size(), 0u);
 }
 
+TEST(ActionTrustMadeElsewhere, RepointingMovingOrUndoingNeverGrantsConsent) {
+    TempDir dir;
+    PreferencesStore store(dir / "preferences.json");
+    Deck deck = deckWithActions();
+    // "Reset" was allowed on an earlier day; the web slide's two actions not.
+    ActionTrust::trust({*ActionTrust::fingerprint(deck.slides[1].actions[0], deck.slides[1])}, store);
+    MadeElsewhereTracker tracker(deck);
+    auto untrusted = [&](const Deck& changed) {
+        tracker.deckChanged(changed, store);
+        return ActionTrust::requests(changed, store).size();
+    };
+
+    // Another profile for both slides (as deleting a profile does): the
+    // received actions still wait, the allowed one stays allowed.
+    Deck repointed = deck;
+    for (auto& slide : repointed.slides) slide.browserProfileId = deck.browserProfiles[1].id;
+    EXPECT_EQ(untrusted(repointed), 2u);
+
+    // Moved to another slide, duplicated under a new id, page changed.
+    Deck moved = repointed;
+    moved.slides[1].actions.push_back(moved.slides[0].actions[1]);
+    moved.slides[0].actions.erase(moved.slides[0].actions.begin() + 1);
+    moved.slides[1].actions.push_back(moved.slides[0].actions[0]);
+    moved.slides[1].actions.back().id = Uuid::random();
+    moved.slides[0].url = "https://other.example.com/";
+    EXPECT_EQ(untrusted(moved), 3u);
+
+    // Deleted, then brought back by undo.
+    Deck deleted = moved;
+    deleted.slides[0].actions.clear();
+    EXPECT_EQ(untrusted(deleted), 2u);
+    EXPECT_EQ(untrusted(moved), 3u);
+
+    // Editing the action itself is the presenter's own work.
+    Deck renamed = moved;
+    renamed.slides[0].actions[0].name = "Refresh now";
+    EXPECT_EQ(untrusted(renamed), 2u);
+    Deck renamedRepointed = renamed;
+    renamedRepointed.slides[0].browserProfileId.reset();
+    EXPECT_EQ(untrusted(renamedRepointed), 2u);
+}
+
 }  // namespace
 }  // namespace lectern
