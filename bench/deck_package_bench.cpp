@@ -186,7 +186,7 @@ void BM_SavePackageAfterTitleEdit(benchmark::State& state) {
         state.SkipWithError("saving rewrote media files that did not change");
         return;
     }
-    auto json = readRegularFile(f.package / DeckPackage::deckMember);
+    auto json = readRegularFile(f.package / DeckPackage::deckMember, DeckPackage::deckSizeLimit);
     auto saved = json ? DeckJson::decode(std::string_view(reinterpret_cast<const char*>(json->data()), json->size()))
                       : Result<Deck>(Error{"no deck.json"});
     if (!saved || saved->slides.size() != slideCount || saved->slides[1].title != title) {

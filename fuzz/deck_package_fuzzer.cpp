@@ -86,7 +86,7 @@ void writeFile(const fs::path& path, std::string_view bytes) {
 }
 
 std::optional<std::string> fileText(const fs::path& path) {
-    auto bytes = lectern::readRegularFile(path);
+    auto bytes = lectern::readRegularFile(path, lectern::DeckPackage::deckSizeLimit);
     if (!bytes) return std::nullopt;
     return std::string(bytes->begin(), bytes->end());
 }

@@ -54,9 +54,7 @@ Status replicate(const fs::path& from, const fs::path& to, const std::function<b
             }
         } else if (type == fs::file_type::regular) {
             if (::link(entry.path().c_str(), target.c_str()) != 0) {
-                auto bytes = readRegularFile(entry.path());
-                if (!bytes) return writeError(entry.path(), errno ? errno : EIO);
-                if (auto status = writeNewFileDurably(target, *bytes); !status) return status;
+                if (auto status = copyRegularFileDurably(entry.path(), target); !status) return status;
             }
         } else if (type == fs::file_type::symlink) {
             fs::copy_symlink(entry.path(), target, ec);
@@ -166,8 +164,9 @@ Result<Deck> DeckPackage::read(const fs::path& package) {
         return Error{"The file " + quotedName(package) + " couldn\u2019t be opened because it isn\u2019t in the correct format.",
                      ErrorKind::fileReadCorruptFile};
     }
-    auto json = readRegularFile(package / deckMember);
+    auto json = readRegularFile(package / deckMember, deckSizeLimit);
     if (!json) {
+        if (json.error().kind == ErrorKind::fileTooLarge) return json.error();
         return Error{"The file " + quotedName(package) + " couldn\u2019t be opened because it has no readable deck.json.",
                      ErrorKind::fileReadNoSuchFile};
     }
@@ -178,14 +177,13 @@ Result<Deck> DeckPackage::read(const fs::path& package) {
     const fs::path media = package / mediaMember;
     for (auto& slide : deck.slides) {
         if (!slide.imageFile) continue;
-        std::optional<std::vector<std::uint8_t>> bytes;
-        if (isValidMediaName(*slide.imageFile)) bytes = readRegularFile(media / *slide.imageFile);
-        if (bytes) {
-            slide.imageData = SharedBytes(std::move(*bytes));
-        } else {
-            slide.imageData.reset();
-            slide.imageFile.reset();
+        slide.imageData.reset();
+        if (isValidMediaName(*slide.imageFile)) {
+            if (auto bytes = readRegularFile(media / *slide.imageFile, mediaSizeLimit)) {
+                slide.imageData = SharedBytes(std::move(bytes).value());
+            }
         }
+        if (!slide.imageData) slide.imageFile.reset();
     }
     // Bodies of schema 1 carried attributes outside the body's scope; the
     // decoder keeps only the scoped ones, so they arrive converted already.

@@ -29,6 +29,15 @@ using DeckPreviewMaker = std::function<DeckPreviews(const Deck&)>;
 // distinct image, named by the SHA-256 of its bytes) and QuickLook/. In memory
 // every image lives inline in its slide's imageData; images move between the
 // slides and media/ only here.
+//
+// Reading refuses members that could hang or exhaust the program: a deck.json
+// or image that is not a regular file (a pipe, a device) is never waited on,
+// and sizes are capped. deck.json may hold up to deckSizeLimit (room for
+// pictures stored inline in Base64, as older decks did; a deck of text is a
+// few kilobytes); a larger one fails the read with "deck.json is larger than
+// 256 MiB". An image in media/ may hold up to mediaSizeLimit; a larger one, or
+// one that is not a regular file, leaves its slide without a picture, as a
+// missing one does.
 class DeckPackage {
 public:
     static constexpr std::string_view deckMember = "deck.json";
@@ -36,9 +45,12 @@ public:
     static constexpr std::string_view previewsMember = "QuickLook";
     static constexpr std::string_view thumbnailMember = "Thumbnail.png";
     static constexpr std::string_view previewMember = "Preview.pdf";
+    static constexpr std::uint64_t deckSizeLimit = std::uint64_t{256} << 20;
+    static constexpr std::uint64_t mediaSizeLimit = std::uint64_t{128} << 20;
 
     // Opens a package. Fails when it is not a folder (corrupt file), has no
-    // readable deck.json (no such file), or its JSON does not decode.
+    // readable deck.json (no such file), its deck.json is too large, or its
+    // JSON does not decode.
     static Result<Deck> read(const std::filesystem::path& package);
 
     // Writes the deck to `destination` so that a crash at any instant leaves

@@ -4,9 +4,11 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
 #include <string>
+#include <utility>
 
 namespace lectern {
 
@@ -17,6 +19,7 @@ namespace {
 struct FileDescriptor {
     int fd = -1;
     explicit FileDescriptor(int f) : fd(f) {}
+    FileDescriptor(FileDescriptor&& other) noexcept : fd(std::exchange(other.fd, -1)) {}
     FileDescriptor(const FileDescriptor&) = delete;
     FileDescriptor& operator=(const FileDescriptor&) = delete;
     ~FileDescriptor() {
@@ -43,6 +46,36 @@ bool writeAll(int fd, const std::uint8_t* data, std::size_t size) {
     return true;
 }
 
+Error readError(const fs::path& path, int error) {
+    return Error{"Could not read \u201C" + path.filename().string() + "\u201D: " + std::strerror(error) + ".",
+                 ErrorKind::fileReadNoSuchFile};
+}
+
+Error tooLarge(const fs::path& path, std::uint64_t sizeLimit) {
+    return Error{path.filename().string() + " is larger than " + std::to_string(sizeLimit >> 20) + " MiB",
+                 ErrorKind::fileTooLarge};
+}
+
+struct OpenedFile {
+    FileDescriptor file;
+    off_t size = 0;
+};
+
+// Opens a regular file for reading. O_NONBLOCK keeps the open of a pipe from
+// waiting for a writer that never comes; the opened descriptor, not the name,
+// is then checked, so nothing can be swapped in between.
+Result<OpenedFile> openRegularFile(const fs::path& path) {
+    FileDescriptor file(::open(path.c_str(), O_RDONLY | O_NONBLOCK | O_NOFOLLOW | O_NOCTTY | O_CLOEXEC));
+    if (file.fd < 0) return readError(path, errno);
+    struct stat info{};
+    if (::fstat(file.fd, &info) != 0) return readError(path, errno);
+    if (!S_ISREG(info.st_mode)) {
+        return Error{"\u201C" + path.filename().string() + "\u201D is not a regular file.",
+                     ErrorKind::fileReadNoSuchFile};
+    }
+    return OpenedFile{std::move(file), info.st_size};
+}
+
 }  // namespace
 
 Error writeError(const fs::path& path, int error) {
@@ -50,25 +83,50 @@ Error writeError(const fs::path& path, int error) {
                  ErrorKind::fileWrite};
 }
 
-std::optional<std::vector<std::uint8_t>> readRegularFile(const fs::path& path) {
-    FileDescriptor file(::open(path.c_str(), O_RDONLY | O_NOFOLLOW | O_CLOEXEC));
-    if (file.fd < 0) return std::nullopt;
-    struct stat info{};
-    if (::fstat(file.fd, &info) != 0 || !S_ISREG(info.st_mode)) return std::nullopt;
-    std::vector<std::uint8_t> bytes(static_cast<std::size_t>(info.st_size));
+Result<std::vector<std::uint8_t>> readRegularFile(const fs::path& path, std::uint64_t sizeLimit) {
+    auto opened = openRegularFile(path);
+    if (!opened) return opened.error();
+    const int fd = opened->file.fd;
+    if (static_cast<std::uint64_t>(opened->size) > sizeLimit) return tooLarge(path, sizeLimit);
+    // One byte past the limit tells a file that grew while it was read.
+    const std::size_t most = static_cast<std::size_t>(sizeLimit) + 1;
+    std::vector<std::uint8_t> bytes(std::min(static_cast<std::size_t>(opened->size) + 1, most));
     std::size_t filled = 0;
     for (;;) {
-        if (filled == bytes.size()) bytes.resize(bytes.size() + 65536);  // the file grew
-        ssize_t n = ::read(file.fd, bytes.data() + filled, bytes.size() - filled);
+        if (filled == bytes.size()) {
+            if (filled == most) return tooLarge(path, sizeLimit);
+            bytes.resize(std::min(bytes.size() + 65536, most));
+        }
+        ssize_t n = ::read(fd, bytes.data() + filled, bytes.size() - filled);
         if (n < 0) {
             if (errno == EINTR) continue;
-            return std::nullopt;
+            return readError(path, errno);
         }
         if (n == 0) break;
         filled += static_cast<std::size_t>(n);
     }
     bytes.resize(filled);
     return bytes;
+}
+
+Status copyRegularFileDurably(const fs::path& from, const fs::path& to) {
+    auto opened = openRegularFile(from);
+    if (!opened) return Error{opened.error().message, ErrorKind::fileWrite};
+    const int source = opened->file.fd;
+    FileDescriptor target(::open(to.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666));
+    if (target.fd < 0) return writeError(to, errno);
+    std::vector<std::uint8_t> chunk(1 << 20);
+    for (;;) {
+        ssize_t n = ::read(source, chunk.data(), chunk.size());
+        if (n == 0) break;
+        if (n < 0) {
+            if (errno == EINTR) continue;
+            return Error{readError(from, errno).message, ErrorKind::fileWrite};
+        }
+        if (!writeAll(target.fd, chunk.data(), static_cast<std::size_t>(n))) return writeError(to, errno);
+    }
+    if (::fsync(target.fd) != 0 || target.release() != 0) return writeError(to, errno);
+    return Done{};
 }
 
 Status writeNewFileDurably(const fs::path& path, std::span<const std::uint8_t> bytes) {
@@ -94,8 +152,7 @@ Status syncDirectory(const fs::path& path) {
 
 Status replaceFileAtomically(const fs::path& path, std::string_view bytes) {
     fs::path directory = path.parent_path();
-    std::error_code ec;
-    fs::create_directories(directory, ec);
+    if (directory.empty()) directory = ".";  // a bare name is in the current folder
     std::string name(".");
     name += path.filename().string();
     name += ".XXXXXX";

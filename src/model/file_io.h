@@ -2,7 +2,6 @@
 
 #include <cstdint>
 #include <filesystem>
-#include <optional>
 #include <span>
 #include <string_view>
 #include <vector>
@@ -11,9 +10,17 @@
 
 namespace lectern {
 
-// The contents of a regular file; nullopt when the path is missing, is not a
-// regular file (a symbolic link is not followed), or cannot be read.
-std::optional<std::vector<std::uint8_t>> readRegularFile(const std::filesystem::path& path);
+// The contents of a regular file of at most `sizeLimit` bytes. Fails with
+// kind fileReadNoSuchFile when the path is missing, is not a regular file (a
+// symbolic link is not followed; a pipe or a device is refused at once, never
+// waited on) or cannot be read, and with kind fileTooLarge ("<name> is larger
+// than <N> MiB") when it holds more than `sizeLimit` bytes, before anything is
+// allocated, so a huge or sparse file costs no memory.
+Result<std::vector<std::uint8_t>> readRegularFile(const std::filesystem::path& path, std::uint64_t sizeLimit);
+
+// Copies a regular file, opened as readRegularFile opens it, to a new file
+// (it must not exist) in chunks, flushing it to the disk. Any size.
+Status copyRegularFileDurably(const std::filesystem::path& from, const std::filesystem::path& to);
 
 // Creates a new file (it must not exist), writes the bytes and flushes them
 // to the disk before returning.
@@ -22,6 +29,7 @@ Status writeNewFileDurably(const std::filesystem::path& path, std::string_view b
 
 // Replaces a file atomically: a temporary file beside it is written and
 // flushed, then renamed over it. A crash leaves the old file or the new one.
+// The folder must exist: nothing is created on the way.
 Status replaceFileAtomically(const std::filesystem::path& path, std::string_view bytes);
 
 // Flushes a directory's entries (new names, renames) to the disk.

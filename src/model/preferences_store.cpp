@@ -10,8 +10,18 @@ namespace fs = std::filesystem;
 using nlohmann::json;
 
 PreferencesStore::PreferencesStore(fs::path file) : path_(std::move(file)) {
-    auto bytes = readRegularFile(path_);
-    if (!bytes) return;  // no preferences yet
+    auto bytes = readRegularFile(path_, sizeLimit);
+    if (!bytes) {
+        // Too large to be ours: move it aside whole rather than overwrite it
+        // later. Anything else unreadable means no preferences yet.
+        if (bytes.error().kind == ErrorKind::fileTooLarge) {
+            fs::path aside = path_;
+            aside += ".damaged";
+            std::error_code ignored;
+            fs::rename(path_, aside, ignored);
+        }
+        return;
+    }
     std::string_view text(reinterpret_cast<const char*>(bytes->data()), bytes->size());
     json parsed = json::parse(text, nullptr, false);
     if (parsed.is_object()) {
@@ -39,6 +49,8 @@ const json* PreferencesStore::value(std::string_view key) const {
 }
 
 Status PreferencesStore::save() const {
+    std::error_code ec;
+    fs::create_directories(path_.parent_path(), ec);  // the first save makes $XDG_CONFIG_HOME/lectern
     return replaceFileAtomically(path_, values_.dump(2, ' ', false, json::error_handler_t::replace) + "\n");
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <filesystem>
 #include <string>
 #include <string_view>
@@ -15,9 +16,13 @@ namespace lectern {
 // $XDG_CONFIG_HOME/lectern/preferences.json. Reading is lenient: a missing
 // file is empty, and a damaged one reads as empty after a copy of it is kept
 // beside it as preferences.json.damaged, so nothing is overwritten silently.
-// Every change is written at once, atomically.
+// A file larger than sizeLimit (far more than any preferences need) is moved
+// to preferences.json.damaged unread; one that is not a regular file reads as
+// empty. Every change is written at once, atomically.
 class PreferencesStore {
 public:
+    static constexpr std::uint64_t sizeLimit = std::uint64_t{16} << 20;
+
     explicit PreferencesStore(std::filesystem::path file);
     PreferencesStore(const PreferencesStore&) = delete;
     PreferencesStore& operator=(const PreferencesStore&) = delete;

@@ -11,6 +11,7 @@ enum class ErrorKind {
     other,
     fileReadCorruptFile,  // the file is not in the expected format
     fileReadNoSuchFile,   // the file or a required member is missing
+    fileTooLarge,         // the file is larger than the reader accepts
     decoding,             // the stored JSON could not be read
     fileWrite,            // writing failed; nothing was replaced
 };

@@ -1,5 +1,6 @@
 // Runs the real lectern-cli binary on packages made in a temporary folder.
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -26,7 +27,7 @@ struct CliRun {
     std::string err;
 };
 
-CliRun runCli(const std::vector<std::string>& arguments) {
+CliRun runCli(const std::vector<std::string>& arguments, const fs::path& workingFolder = {}) {
     TempDir capture;
     fs::path outFile = capture / "out";
     fs::path errFile = capture / "err";
@@ -36,6 +37,7 @@ CliRun runCli(const std::vector<std::string>& arguments) {
         for (const auto& a : arguments) argv.push_back(const_cast<char*>(a.c_str()));
         argv.push_back(nullptr);
         if (!std::freopen(outFile.c_str(), "w", stdout) || !std::freopen(errFile.c_str(), "w", stderr)) ::_exit(99);
+        if (!workingFolder.empty() && ::chdir(workingFolder.c_str()) != 0) ::_exit(97);
         ::execv(LECTERN_CLI_PATH, argv.data());
         ::_exit(98);
     }
@@ -98,12 +100,19 @@ TEST(LecternCliDump, DecksThatDoNotOpenPrintOneLineAndExitWithTwo) {
     fs::create_directories(dir / "Broken.lectern");
     writeText(dir / "Broken.lectern" / "deck.json", R"({"id": "A1B2C3D4-E5F6-4789-ABCD-EF0123456789", "slides": [{"id": 5}]})");
     fs::create_directories(dir / "Empty.lectern");
+    fs::create_directories(dir / "Pipe.lectern");
+    ASSERT_EQ(::mkfifo((dir / "Pipe.lectern" / "deck.json").c_str(), 0644), 0);
+    fs::create_directories(dir / "Huge.lectern");
+    writeText(dir / "Huge.lectern" / "deck.json", "");
+    fs::resize_file(dir / "Huge.lectern" / "deck.json", std::uint64_t{64} << 30);  // sparse: no disk is used
 
     for (const auto& [name, reason] : std::vector<std::pair<std::string, std::string>>{
              {"File.lectern", "isn\u2019t in the correct format"},
              {"Broken.lectern", "slides[0].id: not a UUID"},
              {"Empty.lectern", "deck.json"},
-             {"Missing.lectern", "no such file"}}) {
+             {"Missing.lectern", "no such file"},
+             {"Pipe.lectern", "no readable deck.json"},
+             {"Huge.lectern", "deck.json is larger than 256 MiB"}}) {
         CliRun run = runCli({"dump", (dir / name).string()});
         EXPECT_EQ(run.status, 2) << name;
         EXPECT_EQ(run.out, "") << name;
@@ -181,6 +190,22 @@ TEST(WelcomeDeck, OpensCompleteAndInTheCurrentForm) {
     EXPECT_EQ(missing.status, 2);
     EXPECT_FALSE(fs::exists(out / "x.pdf"));
     EXPECT_TRUE(reveals && picture && section && notes);
+}
+
+TEST(LecternCliExport, ABareNameIsWrittenHereAndMissingFoldersAreNotMade) {
+    fs::path deck = fs::path(LECTERN_EXAMPLES_DIR) / "Welcome.lectern";
+    TempDir here;
+    CliRun bare = runCli({"export", deck.string(), "Talk.pdf"}, here.path());
+    EXPECT_EQ(bare.status, 0) << bare.err;
+    EXPECT_EQ(bare.err, "");
+    EXPECT_EQ(listFolder(here.path()), std::vector<std::string>{"Talk.pdf"});
+    EXPECT_EQ(readText(here / "Talk.pdf").rfind("%PDF", 0), 0u);
+
+    CliRun missing = runCli({"export", deck.string(), (here / "missing" / "folder" / "Talk.pdf").string()});
+    EXPECT_EQ(missing.status, 2);
+    EXPECT_EQ(std::count(missing.err.begin(), missing.err.end(), '\n'), 1) << missing.err;
+    EXPECT_NE(missing.err.find("No such file or directory"), std::string::npos) << missing.err;
+    EXPECT_EQ(listFolder(here.path()), std::vector<std::string>{"Talk.pdf"});
 }
 
 }  // namespace

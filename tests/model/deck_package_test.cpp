@@ -112,6 +112,36 @@ TEST(DeckPackageRead, ImagesLoadOnlyFromValidNamesInMedia) {
     }
 }
 
+// A pipe would block the open until a writer came, and a huge sparse file
+// would be allocated whole: both are refused at once, on this thread.
+TEST(DeckPackageRead, PipesAndOversizedMembersAreRefusedAtOnce) {
+    TempDir dir;
+    auto sparse = [](const fs::path& path, std::uint64_t size) {
+        writeText(path, "");
+        fs::resize_file(path, size);  // a hole: no disk is used
+    };
+    fs::create_directories(dir / "Pipe.lectern");
+    ASSERT_EQ(::mkfifo((dir / "Pipe.lectern" / "deck.json").c_str(), 0644), 0);
+    EXPECT_EQ(DeckPackage::read(dir / "Pipe.lectern").error().kind, ErrorKind::fileReadNoSuchFile);
+    fs::create_directories(dir / "Huge.lectern");
+    sparse(dir / "Huge.lectern" / "deck.json", std::uint64_t{64} << 30);
+    EXPECT_EQ(DeckPackage::read(dir / "Huge.lectern").error().message, "deck.json is larger than 256 MiB");
+
+    // An image that is a pipe or one byte too large: its slide has no picture.
+    std::string name = DeckPackage::mediaName(fakePng(2).span());
+    json deck = {{"id", deckId}, {"slides", {{{"id", "00000000-0000-4000-8000-000000000001"}, {"imageFile", name}}}}};
+    makePackage(dir / "PipeImage.lectern", deck);
+    ASSERT_EQ(::mkfifo((dir / "PipeImage.lectern" / "media" / name).c_str(), 0644), 0);
+    makePackage(dir / "HugeImage.lectern", deck);
+    sparse(dir / "HugeImage.lectern" / "media" / name, DeckPackage::mediaSizeLimit + 1);
+    for (const char* package : {"PipeImage.lectern", "HugeImage.lectern"}) {
+        auto read = DeckPackage::read(dir / package);
+        ASSERT_TRUE(read.ok()) << package << ": " << read.error().message;
+        EXPECT_FALSE(read->slides[0].imageData) << package;
+        EXPECT_FALSE(read->slides[0].imageFile) << package;
+    }
+}
+
 TEST(DeckPackageRead, OldSchemaIsReadAsCurrent) {
     TempDir dir;
     json body = {"Hello ", {{"NSFont", {{"size", 30}}}, {"NSInlinePresentationIntent", 2}}, "there", json::object()};

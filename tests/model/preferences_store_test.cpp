@@ -47,6 +47,15 @@ TEST(PreferencesStore, DamagedFileIsKeptAsideNotOverwritten) {
         EXPECT_EQ(json::parse(readText(file)), (json{{"fresh", true}}));
         EXPECT_EQ(readText(dir / "preferences.json.damaged"), damaged);
     }
+
+    // Too large to read: moved aside whole, unread.
+    fs::path file = dir / "preferences.json";
+    const std::uint64_t huge = std::uint64_t{64} << 30;
+    fs::resize_file(file, huge);  // sparse: no disk is used
+    PreferencesStore store(file);
+    EXPECT_EQ(store.value("fresh"), nullptr);
+    ASSERT_TRUE(store.setValue("fresh", false).ok());
+    EXPECT_EQ(fs::file_size(dir / "preferences.json.damaged"), huge);
 }
 
 TEST(PreferencesStore, DefaultPathFollowsTheUserConfigFolder) {
