@@ -56,6 +56,11 @@ void PageProbe::processTerminated() {
     finish(WebCheckOutcome::failed("The page’s web process stopped unexpectedly"));
 }
 
+bool PageProbe::authenticationRequested() {
+    finish(WebCheckOutcome::failed(httpFailureMessage(401)));
+    return true;
+}
+
 void PageProbe::cancel() {
     done_ = nullptr;
     release();

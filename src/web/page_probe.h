@@ -43,6 +43,9 @@ public:
     void loadFinished() override;
     void loadFailed(const std::string& message, bool cancelled) override;
     void processTerminated() override;
+    // A page behind HTTP authentication fails at once: nobody is there to
+    // sign in to a hidden page.
+    bool authenticationRequested() override;
 
 private:
     PageProbe(Scheduler& scheduler, std::string url, Done done);

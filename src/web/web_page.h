@@ -25,7 +25,12 @@ public:
     // The page's web process crashed or was killed.
     virtual void processTerminated() {}
     // The page asked for a new window (a link with a target) for `url`.
+    // Only web addresses reach here: the page refuses every other scheme.
     virtual void newWindowRequested(const std::string& /*url*/) {}
+    // The site asks for a user name and password (HTTP authentication).
+    // True: the owner has dealt with it and the request is refused; false
+    // leaves it to the engine, which asks the user.
+    virtual bool authenticationRequested() { return false; }
 };
 
 // A web page in a browser view of the web engine, on screen or hidden. The
@@ -34,12 +39,17 @@ public:
 class WebPage : public LiveWebView {
 public:
     // Loads `url` with the protocol's default cache rules and a 60-second
-    // time-out; any load in progress is replaced.
+    // time-out; any load in progress is replaced. Only http and https ever
+    // load, however a navigation starts (this call, a link, a new window,
+    // a redirect); any other address fails or is refused.
     virtual void load(const std::string& url) = 0;
     virtual void stopLoading() = 0;
     // The address the page shows or is loading ("" before the first load).
     virtual std::string currentUrl() const = 0;
     virtual bool isLoading() const = 0;
+    // The last load failed or timed out: what the page shows is not
+    // `currentUrl()`, so whoever takes the page on loads it again.
+    virtual bool lastLoadFailed() const = 0;
     // Page zoom, 1.0 = actual size. Changing it never reloads.
     virtual double zoom() const = 0;
     virtual void setZoom(double zoom) = 0;

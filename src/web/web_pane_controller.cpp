@@ -1,5 +1,6 @@
 #include "web/web_pane_controller.h"
 
+#include "web/refused_address.h"
 #include "web/web_prefetcher.h"
 
 namespace lectern {
@@ -26,7 +27,8 @@ WebPaneController::WebPaneController(Inputs inputs, WebPageFactory& pages, Sched
     if (page_->isLoading()) {
         // A prefetched page still on its way: it finishes under our eyes.
         postStatus(WebLoadStatus::loading());
-    } else if (page_->currentUrl().empty() || page_->currentUrl() != inputs_.url) {
+    } else if (page_->currentUrl().empty() || page_->currentUrl() != inputs_.url || page_->lastLoadFailed()) {
+        // A page loaded ahead that failed or timed out gets a fresh try.
         loadCurrent();
     } else {
         // A prefetched page that is already there: shown as it is.
@@ -93,7 +95,8 @@ void WebPaneController::loadFailed(const std::string& message, bool cancelled) {
 void WebPaneController::processTerminated() { page_->reload(); }
 
 void WebPaneController::newWindowRequested(const std::string& url) {
-    if (!url.empty()) page_->load(url);
+    // A page never gets a local file (or any other scheme) onto the stage.
+    if (!refusalReason(url)) page_->load(url);
 }
 
 }  // namespace lectern

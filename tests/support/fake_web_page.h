@@ -18,6 +18,7 @@ public:
         loads.push_back(url);
         url_ = url;
         loading_ = true;
+        failed_ = false;
     }
     void stopLoading() override {
         ++stops;
@@ -25,6 +26,7 @@ public:
     }
     std::string currentUrl() const override { return url_; }
     bool isLoading() const override { return loading_; }
+    bool lastLoadFailed() const override { return failed_; }
     double zoom() const override { return zoom_; }
     void setZoom(double zoom) override { zoom_ = zoom; }
     void setDelegate(WebPageDelegate* delegate) override { delegate_ = delegate; }
@@ -46,6 +48,7 @@ public:
     }
     void fail(const std::string& message, bool cancelled = false) {
         loading_ = false;
+        failed_ = !cancelled;
         if (delegate_) delegate_->loadFailed(message, cancelled);
     }
     void redirect(const std::string& url) { url_ = url; }
@@ -60,6 +63,7 @@ public:
 private:
     std::string url_;
     bool loading_ = false;
+    bool failed_ = false;
     double zoom_ = 1.0;
     WebPageDelegate* delegate_ = nullptr;
 };

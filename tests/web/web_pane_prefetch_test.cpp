@@ -4,6 +4,7 @@
 
 #include "present/manual_scheduler.h"
 #include "support/fake_web_page.h"
+#include "web/refused_address.h"
 #include "web/web_pane_controller.h"
 #include "web/web_prefetcher.h"
 #include "web/web_zoom.h"
@@ -228,7 +229,26 @@ TEST_F(WebPaneTest, ZoomNeverReloadsANewAddressDoesAndCancelledLoadsAreNotFailur
     EXPECT_EQ(page.reloads, 1);
     page.delegate()->newWindowRequested("https://c.test/");
     EXPECT_EQ(page.loads.back(), "https://c.test/");
+    // A new window for a local file (or any other scheme) is refused.
+    for (const char* url : {"file:///etc/passwd", "FILE:///home", "data:text/html,hi", "about:blank", ""}) {
+        page.delegate()->newWindowRequested(url);
+        EXPECT_EQ(page.loads.back(), "https://c.test/") << url;
+    }
     EXPECT_EQ(pages.made.size(), 1u);
+}
+
+TEST_F(WebPaneTest, APageThatFailedWhileLoadedAheadLoadsAgainOnStage) {
+    std::vector<Slide> slides{webSlide("https://a.test/"), webSlide("https://b.test/")};
+    prefetcher.setWanted(window, WebPrefetcher::wantedKeys(slides, 0, false));
+    scheduler.runPending();
+    ASSERT_EQ(pages.made.size(), 1u);
+    pages.made[0]->fail("Could not connect: Connection refused");
+
+    auto shown = pane(slides[1]);
+    scheduler.runPending();
+    EXPECT_TRUE(shown->adopted());
+    EXPECT_EQ(loadsOf("https://b.test/"), 2) << "loaded again, not shown as loaded";
+    EXPECT_EQ(shown->status(), WebLoadStatus::loading());
 }
 
 TEST_F(WebPaneTest, TheLaterPaneOfASlideOwnsTheRegistryEntry) {
@@ -240,6 +260,22 @@ TEST_F(WebPaneTest, TheLaterPaneOfASlideOwnsTheRegistryEntry) {
     EXPECT_EQ(registry->lookup(slide.id), second->page()) << "the earlier pane leaves the entry alone";
     second.reset();
     EXPECT_EQ(registry->lookup(slide.id), nullptr);
+}
+
+TEST(RefusedAddress, OnlyWebPagesOnPortsBrowsersAllow) {
+    for (const char* url : {"https://a.test/", "HTTP://a.test:8080/x", "http://127.0.0.1:8765/", "http://[::1]:3000/"}) {
+        EXPECT_EQ(refusalReason(url), std::nullopt) << url;
+    }
+    EXPECT_EQ(refusalReason("file:///etc/passwd"),
+              "Refused to open “file:///etc/passwd”: only http and https pages are shown");
+    EXPECT_TRUE(refusalReason("javascript:alert(1)"));
+    EXPECT_TRUE(refusalReason("webkit://gpu"));
+    EXPECT_EQ(refusalReason("http://127.0.0.1:9/"), "Port 9 belongs to another service: browsers never load pages from it");
+    EXPECT_TRUE(refusalReason("https://mail.test:25/"));
+    EXPECT_TRUE(refusalReason("http://a.test:10080/"));
+    // Long addresses are cut in the message.
+    std::string longAddress = "file:///" + std::string(200, 'x');
+    EXPECT_LT(refusalReason(longAddress)->size(), 150u);
 }
 
 TEST(WebZoom, StepsAlongTheLevelsAndStopsAtTheEnds) {

@@ -1,5 +1,6 @@
 #include "web/platform/web_card.h"
 
+#include "slides/quick_look_theme.h"
 #include "web/platform/webkit_page.h"
 #include "web/web_prefetcher.h"
 #include "web/web_zoom.h"
@@ -21,9 +22,16 @@ WebCard::WebCard(WebKitPageFactory& pages, Scheduler& scheduler, WebPrefetcher* 
     set_child(host_);
 
     messageIcon_.set_pixel_size(40);
-    messageIcon_.add_css_class("dim-label");
     messageTitle_.add_css_class("title-3");
-    messageDetail_.add_css_class("dim-label");
+    // Colours come from the deck's theme (setTheme), never from the window
+    // around the card: the stage-only window's white text would vanish on a
+    // light web area.
+    message_.add_css_class("web-card-message");
+    messageDetail_.add_css_class("web-card-detail");
+    for (Gtk::Widget* widget : {static_cast<Gtk::Widget*>(this), static_cast<Gtk::Widget*>(&messageIcon_),
+                                static_cast<Gtk::Widget*>(&messageTitle_), static_cast<Gtk::Widget*>(&messageDetail_)}) {
+        widget->get_style_context()->add_provider(messageStyle_, GTK_STYLE_PROVIDER_PRIORITY_APPLICATION + 1);
+    }
     messageDetail_.set_wrap(true);
     messageDetail_.set_justify(Gtk::Justification::CENTER);
     messageDetail_.set_max_width_chars(60);
@@ -64,10 +72,20 @@ WebCard::WebCard(WebKitPageFactory& pages, Scheduler& scheduler, WebPrefetcher* 
     spinner_.set_margin(12);
     spinner_.set_can_target(false);
     add_overlay(spinner_);
+    setTheme(Theme::clinical);
     refresh();
 }
 
 WebCard::~WebCard() { clear(); }
+
+void WebCard::setTheme(Theme theme) {
+    if (theme_ == theme) return;
+    theme_ = theme;
+    const QuickLookTheme colours = QuickLookTheme::of(theme);
+    messageStyle_->load_from_data(".web-card.showing-message { background-color: " + colours.mediaBackground.hex() +
+                                  "; }\nimage, label { color: " + colours.webMessage.hex() +
+                                  "; }\nlabel.web-card-detail { color: " + colours.webMessageDetail.hex() + "; }");
+}
 
 void WebCard::clear() {
     statusConnection_.disconnect();
@@ -141,6 +159,7 @@ void WebCard::refresh() {
         messageDetail_.set_visible(true);
     }
     message_.set_visible(isWeb && (!hasAddress_ || failed));
+    if (message_.get_visible()) add_css_class("showing-message"); else remove_css_class("showing-message");
     host_.set_visible(hasAddress_ && !failed);
 
     spinner_.set_visible(status.kind == Kind::loading);

@@ -6,6 +6,7 @@
 #include <memory>
 #include <optional>
 
+#include "model/deck_enums.h"
 #include "model/signal.h"
 #include "model/slide.h"
 #include "web/live_web_view_registry.h"
@@ -32,6 +33,9 @@ public:
     void show(const Slide* slide, bool editing);
     // Takes the page down at once (the window is closing).
     void clear();
+    // The deck's theme: the card's messages are drawn in its colours, on
+    // the web area's own background, readable in the editor and on stage.
+    void setTheme(Theme theme);
 
     const WebPaneController* pane() const { return pane_.get(); }
     // The presenter asked for another page zoom for the shown slide.
@@ -53,6 +57,8 @@ private:
     double zoom_ = 1.0;
     bool editing_ = false;
     bool hasAddress_ = false;
+    std::optional<Theme> theme_;
+    Glib::RefPtr<Gtk::CssProvider> messageStyle_ = Gtk::CssProvider::create();
     Signal<>::Connection statusConnection_;
 
     Gtk::Box host_;

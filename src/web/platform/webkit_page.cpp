@@ -1,5 +1,11 @@
 #include "web/platform/webkit_page.h"
 
+#include <initializer_list>
+#include <string_view>
+
+#include "model/deck_json.h"
+#include "web/platform/stopped_load_reason.h"
+#include "web/refused_address.h"
 #include "web/platform/web_sessions.h"
 
 namespace lectern {
@@ -8,6 +14,18 @@ namespace {
 
 // A load that has not finished after this long fails as timed out.
 constexpr guint loadTimeoutSeconds = 60;
+
+bool hasScheme(std::string_view uri, std::initializer_list<std::string_view> schemes) {
+    auto colon = uri.find(':');
+    if (colon == std::string_view::npos) return false;
+    std::string_view scheme = uri.substr(0, colon);
+    for (std::string_view wanted : schemes) {
+        if (g_ascii_strncasecmp(scheme.data(), wanted.data(), wanted.size()) == 0 && scheme.size() == wanted.size()) {
+            return true;
+        }
+    }
+    return false;
+}
 
 struct ScriptCall {
     std::function<void(Result<std::optional<std::string>>)> done;
@@ -32,12 +50,21 @@ WebKitPage::WebKitPage(WebKitNetworkSession* session, bool accelerated)
     };
     connect("load-changed", G_CALLBACK(+[](WebKitWebView*, WebKitLoadEvent event, gpointer data) {
                 auto* self = static_cast<WebKitPage*>(data);
-                if (event == WEBKIT_LOAD_STARTED) self->armTimeout();
+                if (event == WEBKIT_LOAD_STARTED) {
+                    self->lastFailed_ = false;
+                    self->armTimeout();
+                }
                 if (event != WEBKIT_LOAD_FINISHED) return;
                 self->disarmTimeout();
                 // A failed load also ends with "finished"; its failure was
                 // reported already.
                 if (std::exchange(self->failed_, false)) return;
+                if (!DeckJson::isWebAddress(self->currentUrl())) {
+                    // The engine gave up on the address without a word and
+                    // shows an empty page instead: that is a failure.
+                    self->fail("The web engine refused to load the page");
+                    return;
+                }
                 if (self->delegate_) self->delegate_->loadFinished();
             }));
     connect("load-failed", G_CALLBACK(+[](WebKitWebView*, WebKitLoadEvent, char*, GError* error, gpointer data) {
@@ -45,32 +72,71 @@ WebKitPage::WebKitPage(WebKitNetworkSession* session, bool accelerated)
                 self->failed_ = true;
                 self->disarmTimeout();
                 bool cancelled = g_error_matches(error, WEBKIT_NETWORK_ERROR, WEBKIT_NETWORK_ERROR_CANCELLED);
-                if (self->delegate_) self->delegate_->loadFailed(error->message, cancelled);
+                std::string message = error->message;
+                if (auto refused = std::exchange(self->refusedRedirect_, std::nullopt)) {
+                    // The engine calls it interrupted; the reason is ours.
+                    message = *refused;
+                    cancelled = false;
+                }
+                if (!cancelled) self->lastFailed_ = true;
+                if (self->delegate_) self->delegate_->loadFailed(message, cancelled);
                 // The pane shows the failure itself: no engine error page.
                 return gboolean(TRUE);
             }));
-    connect("web-process-terminated",
-            G_CALLBACK(+[](WebKitWebView*, WebKitWebProcessTerminationReason, gpointer data) {
+    connect("web-process-terminated", G_CALLBACK(+[](WebKitWebView*, WebKitWebProcessTerminationReason, gpointer data) {
                 auto* self = static_cast<WebKitPage*>(data);
-                if (self->delegate_) self->delegate_->processTerminated();
+                if (!self->timeout_) {
+                    // A page that was shown: it comes back by a reload.
+                    if (self->delegate_) self->delegate_->processTerminated();
+                    return;
+                }
+                // It stopped while the page was loading (the engine stops
+                // the process, for one, when a site redirects to a local
+                // file): a reload would stop it again, so the load fails,
+                // with the reason once it is known.
+                self->disarmTimeout();
+                self->failed_ = true;
+                self->lastFailed_ = true;
+                findStoppedLoadReason(self->requested_, self->cancellable_.get(),
+                                      [self, load = self->loads_](const std::string& reason) {
+                                          if (load == self->loads_) self->fail(reason);
+                                      });
             }));
     connect("create", G_CALLBACK(+[](WebKitWebView*, WebKitNavigationAction* action, gpointer data) -> GtkWidget* {
                 auto* self = static_cast<WebKitPage*>(data);
                 WebKitURIRequest* request = webkit_navigation_action_get_request(action);
-                if (self->delegate_ && request) self->delegate_->newWindowRequested(webkit_uri_request_get_uri(request));
+                const char* uri = request ? webkit_uri_request_get_uri(request) : nullptr;
+                if (self->delegate_ && uri && !refusalReason(uri)) self->delegate_->newWindowRequested(uri);
                 // Never a second view.
                 return nullptr;
+            }));
+    connect("authenticate", G_CALLBACK(+[](WebKitWebView*, WebKitAuthenticationRequest* request, gpointer data) {
+                auto* self = static_cast<WebKitPage*>(data);
+                if (!self->delegate_ || !self->delegate_->authenticationRequested()) return gboolean(FALSE);
+                webkit_authentication_request_cancel(request);
+                return gboolean(TRUE);
             }));
     connect("decide-policy",
             G_CALLBACK(+[](WebKitWebView*, WebKitPolicyDecision* decision, WebKitPolicyDecisionType type, gpointer data) {
                 auto* self = static_cast<WebKitPage*>(data);
-                if (type != WEBKIT_POLICY_DECISION_TYPE_RESPONSE || !self->delegate_) return gboolean(FALSE);
-                auto* response = WEBKIT_RESPONSE_POLICY_DECISION(decision);
-                if (!webkit_response_policy_decision_is_main_frame_main_resource(response)) return gboolean(FALSE);
-                WebKitURIResponse* answer = webkit_response_policy_decision_get_response(response);
-                self->delegate_->responseReceived(static_cast<int>(webkit_uri_response_get_status_code(answer)));
-                return gboolean(FALSE);  // the engine's usual decision
+                if (type == WEBKIT_POLICY_DECISION_TYPE_RESPONSE) {
+                    self->responseArrived(WEBKIT_RESPONSE_POLICY_DECISION(decision));
+                    return gboolean(FALSE);  // the engine's usual decision
+                }
+                auto* navigation = WEBKIT_NAVIGATION_POLICY_DECISION(decision);
+                if (self->mayNavigate(webkit_navigation_policy_decision_get_navigation_action(navigation),
+                                      type == WEBKIT_POLICY_DECISION_TYPE_NEW_WINDOW_ACTION)) {
+                    return gboolean(FALSE);
+                }
+                webkit_policy_decision_ignore(decision);
+                return gboolean(TRUE);
             }));
+}
+
+void WebKitPage::fail(const std::string& message) {
+    failed_ = true;
+    lastFailed_ = true;
+    if (delegate_) delegate_->loadFailed(message, false);
 }
 
 WebKitPage::~WebKitPage() {
@@ -83,6 +149,31 @@ WebKitPage::~WebKitPage() {
         if (GTK_IS_BOX(parent)) gtk_box_remove(GTK_BOX(parent), widget());
         else gtk_widget_unparent(widget());
     }
+}
+
+void WebKitPage::responseArrived(WebKitResponsePolicyDecision* response) {
+    if (!delegate_ || !webkit_response_policy_decision_is_main_frame_main_resource(response)) return;
+    WebKitURIResponse* answer = webkit_response_policy_decision_get_response(response);
+    delegate_->responseReceived(static_cast<int>(webkit_uri_response_get_status_code(answer)));
+}
+
+bool WebKitPage::mayNavigate(WebKitNavigationAction* action, bool newWindow) {
+    WebKitURIRequest* request = webkit_navigation_action_get_request(action);
+    const char* uri = request ? webkit_uri_request_get_uri(request) : nullptr;
+    if (!uri) return false;
+    // A new window or a redirect starts a page of its own: web addresses
+    // on ports browsers allow, nothing else. Frames of a page may also hold
+    // the page's own content (about:, data: and blob: addresses); nothing
+    // reaches the local file system or another program's scheme.
+    auto reason = refusalReason(uri);
+    if (!reason) return true;
+    if (!newWindow && !webkit_navigation_action_is_redirect(action) && hasScheme(uri, {"about", "data", "blob"})) {
+        return true;
+    }
+    // A redirect refused ends the load it belongs to; the engine reports it
+    // as interrupted, the owner hears why.
+    if (webkit_navigation_action_is_redirect(action)) refusedRedirect_ = std::move(reason);
+    return false;
 }
 
 void WebKitPage::armTimeout() {
@@ -98,8 +189,7 @@ void WebKitPage::armTimeout() {
             self->delegate_ = nullptr;
             webkit_web_view_stop_loading(self->view_.get());
             self->delegate_ = delegate;
-            self->failed_ = true;
-            if (delegate) delegate->loadFailed("The request timed out.", false);
+            self->fail("The request timed out.");
             return G_SOURCE_REMOVE;
         },
         this);
@@ -111,6 +201,17 @@ void WebKitPage::disarmTimeout() {
 
 void WebKitPage::load(const std::string& url) {
     failed_ = false;
+    lastFailed_ = false;
+    refusedRedirect_.reset();
+    requested_ = url;
+    ++loads_;
+    if (auto reason = refusalReason(url)) {
+        // Never tried: the owner hears at once (owners take reports at any
+        // moment, a load that fails at once included).
+        fail(*reason);
+        failed_ = false;
+        return;
+    }
     webkit_web_view_load_uri(view_.get(), url.c_str());
 }
 
@@ -125,6 +226,8 @@ std::string WebKitPage::currentUrl() const {
 }
 
 bool WebKitPage::isLoading() const { return webkit_web_view_is_loading(view_.get()); }
+
+bool WebKitPage::lastLoadFailed() const { return lastFailed_; }
 
 double WebKitPage::zoom() const { return webkit_web_view_get_zoom_level(view_.get()); }
 

@@ -2,6 +2,7 @@
 
 #include <webkit/webkit.h>
 
+#include <cstdint>
 #include <memory>
 #include <optional>
 #include <string>
@@ -31,6 +32,7 @@ public:
     void stopLoading() override;
     std::string currentUrl() const override;
     bool isLoading() const override;
+    bool lastLoadFailed() const override;
     double zoom() const override;
     void setZoom(double zoom) override;
     void setDelegate(WebPageDelegate* delegate) override;
@@ -40,6 +42,12 @@ public:
     void reload() override;
 
 private:
+    void responseArrived(WebKitResponsePolicyDecision* response);
+    // Whether a navigation may go ahead: web addresses only, for the page
+    // itself, new windows and redirects alike.
+    bool mayNavigate(WebKitNavigationAction* action, bool newWindow);
+    // Ends the running load as failed and tells the owner.
+    void fail(const std::string& message);
     void armTimeout();
     void disarmTimeout();
 
@@ -48,6 +56,10 @@ private:
     std::vector<gulong> handlers_;
     guint timeout_ = 0;    // the running load's time-out
     bool failed_ = false;  // the running load failed already
+    std::string requested_;    // the address last asked for
+    std::uint64_t loads_ = 0;  // counts load() calls: a late answer about an older load is dropped
+    bool lastFailed_ = false;  // the last load ended in failure or timed out
+    std::optional<std::string> refusedRedirect_;  // why the running load's redirect was refused
     // Script calls in flight hold this; the page going away cancels them.
     GObjectRef<GCancellable> cancellable_;
 };
