@@ -21,7 +21,42 @@ int toByte(double component) {
     return static_cast<int>(std::lround(std::clamp(component, 0.0, 1.0) * 255.0));
 }
 
+double relativeLuminance(const Color& color) {
+    auto linear = [](double component) {
+        component = std::clamp(component, 0.0, 1.0);
+        return component <= 0.04045 ? component / 12.92 : std::pow((component + 0.055) / 1.055, 2.4);
+    };
+    return 0.2126 * linear(color.red) + 0.7152 * linear(color.green) + 0.0722 * linear(color.blue);
+}
+
 }  // namespace
+
+Color composite(const Color& over, const Color& under) {
+    double a = std::clamp(over.alpha, 0.0, 1.0);
+    return {over.red * a + under.red * (1 - a), over.green * a + under.green * (1 - a),
+            over.blue * a + under.blue * (1 - a), under.alpha};
+}
+
+double contrastRatio(const Color& a, const Color& b) {
+    double first = relativeLuminance(a), second = relativeLuminance(b);
+    if (first < second) std::swap(first, second);
+    return (first + 0.05) / (second + 0.05);
+}
+
+Color readableOn(const Color& preferred, const Color& background, double minimum) {
+    // The preferred colour, taken towards black or white (whichever
+    // contrasts more) just as far as it must go: text keeps its tone.
+    const Color opaque = composite(preferred, background);
+    const Color black = Color::grey(0), white = Color::grey(1);
+    const Color target = contrastRatio(black, background) >= contrastRatio(white, background) ? black : white;
+    for (int step = 0; step <= 20; ++step) {
+        const double t = step / 20.0;
+        const Color candidate{opaque.red + (target.red - opaque.red) * t, opaque.green + (target.green - opaque.green) * t,
+                              opaque.blue + (target.blue - opaque.blue) * t, 1};
+        if (contrastRatio(candidate, background) >= minimum) return candidate;
+    }
+    return target;
+}
 
 std::optional<Color> Color::fromHex(std::string_view text) {
     while (!text.empty() && isSpace(text.front())) text.remove_prefix(1);

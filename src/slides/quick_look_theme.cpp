@@ -41,6 +41,8 @@ QuickLookTheme QuickLookTheme::of(Theme theme) {
             q.placeholderStroke = Color::grey(1, 0.2);
             break;
     }
+    q.webMessage = readableOn(q.primary, q.mediaBackground);
+    q.webMessageDetail = readableOn(q.muted, q.mediaBackground);
     return q;
 }
 

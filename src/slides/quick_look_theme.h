@@ -19,6 +19,10 @@ struct QuickLookTheme {
     Color mediaBackground;
     Color placeholderStroke;
     Color monochromeOverlay;
+    // Messages on a web area ("Couldn’t load page", "No URL set") and their
+    // detail line, readable on `mediaBackground` (at least 4.5:1).
+    Color webMessage;
+    Color webMessageDetail;
     std::string_view defaultAccent;
     bool usesAccent = true;
     bool uppercaseEyebrow = true;

@@ -776,8 +776,11 @@ std::vector<Piece> webPieces(const Context& c, const Rect& area, double radius) 
         pango_layout_set_ellipsize(address.get(), PANGO_ELLIPSIZE_END);
         pango_layout_set_wrap(address.get(), PANGO_WRAP_CHAR);
         pango_layout_set_height(address.get(), -1);
+        // The address reads at 4.5:1 or better on its field, on every theme.
+        const Color field = composite(withAlpha(colours.background, 0.9),
+                                      composite(withAlpha(colours.placeholderStroke, 0.45), colours.mediaBackground));
         pieces.push_back(textPiece(address, fieldX + bar * 0.4, area.y + (bar - heightOf(address.get())) / 2,
-                                   hasAddress ? c.style.mutedText : withAlpha(c.style.mutedText, 0.7)));
+                                   readableOn(c.style.mutedText, field)));
     }
     return pieces;
 }

@@ -24,6 +24,23 @@ TEST(Color, HexWritingRoundsAndClamps) {
     EXPECT_FALSE(canonicalHex("red"));
 }
 
+TEST(Color, ContrastAndReadableText) {
+    const Color black = Color::grey(0), white = Color::grey(1);
+    EXPECT_NEAR(contrastRatio(black, white), 21, 1e-9);
+    EXPECT_NEAR(contrastRatio(white, black), 21, 1e-9);
+    EXPECT_NEAR(contrastRatio(*Color::fromHex("#767676"), white), 4.54, 0.01);
+    // White on a light grey (the stage's failed-page card) is unreadable:
+    // it turns dark enough to read; a colour that reads is kept as it is.
+    const Color lightGrey = Color::grey(0.93);
+    EXPECT_LT(contrastRatio(white, lightGrey), 1.3);
+    EXPECT_GE(contrastRatio(readableOn(white, lightGrey), lightGrey), 4.5);
+    EXPECT_LT(contrastRatio(readableOn(white, lightGrey), lightGrey), 6) << "no darker than it needs";
+    EXPECT_EQ(readableOn(white, Color::grey(0.13)), white);
+    // Half-transparent text is judged as it is painted.
+    EXPECT_EQ(readableOn(Color::grey(0.2, 0.5), white, 2.0), Color::grey(0.6));
+    EXPECT_EQ(readableOn(Color::grey(0.5), Color::grey(0.5), 21), black) << "out of reach: the best there is";
+}
+
 TEST(ThemeStyle, ValuesPerTheme) {
     auto clinical = ThemeStyle::of(Theme::clinical);
     EXPECT_EQ(clinical.titleFont, (FontSpec{34, FontWeight::semibold, FontDesign::standard}));

@@ -308,6 +308,14 @@ TEST(SlidePainter, WebAreaIsAPlaceholderOrLeftForTheLivePage) {
     EXPECT_GE(bare.count(inside, background, 0.01), pixels - 8) << "only the media background under a live page";
 }
 
+TEST(SlidePainter, WebMessagesReadOnTheirBackgroundInEveryTheme) {
+    for (Theme theme : {Theme::clinical, Theme::editorial, Theme::monochrome, Theme::dark}) {
+        const QuickLookTheme colours = QuickLookTheme::of(theme);
+        EXPECT_GE(contrastRatio(colours.webMessage, colours.mediaBackground), 4.5) << static_cast<int>(theme);
+        EXPECT_GE(contrastRatio(colours.webMessageDetail, colours.mediaBackground), 4.5) << static_cast<int>(theme);
+    }
+}
+
 TEST(SlidePainter, CardsInAGridInLinkOrder) {
     Slide slide = cardsSlide(9);
     slide.links[2].fillHex = "#047857";

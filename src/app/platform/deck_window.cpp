@@ -429,6 +429,7 @@ void DeckWindow::refreshWebPages() {
     // kept hidden when it is still wanted (going back shows it at once).
     WebServices::shared().prefetcher().setWanted(
         windowId_, WebPrefetcher::wantedKeys(deck_.slides, state_->current(), state_->editorOpen()));
+    webCard_->setTheme(deck_.theme);
     webCard_->show(state_->currentSlide(deck_.slides), state_->editorOpen());
     webCard_->queue_resize();
 }
