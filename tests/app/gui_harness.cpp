@@ -61,7 +61,15 @@ LecternApplication& app() {
 }
 
 void closeAllWindows() {
-    for (auto* window : app().get_windows()) window->close();
+    // The main windows take their own sheets and panels with them; what is
+    // left after that goes one by one, each held while it closes.
+    app().activate_action("quit");
+    pumpUntil([] { return app().get_windows().empty(); }, 5);
+    for (auto* window : app().get_windows()) {
+        g_object_ref(window->gobj());
+        gtk_window_destroy(window->gobj());
+        g_object_unref(window->gobj());
+    }
     pumpUntil([] { return app().get_windows().empty(); }, 5);
     pumpFor(0.1);
 }

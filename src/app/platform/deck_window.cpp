@@ -71,6 +71,15 @@ DeckWindow::DeckWindow(Scheduler& scheduler, PreferencesStore& preferences, Deck
         [this](guint keyval, guint, Gdk::ModifierType modifiers) { return handleKey(keyval, modifiers); }, false);
     add_controller(keys);
 
+    // Back from a sheet or dialog, the keys go to the stage unless a widget
+    // that is still on screen has the focus: a hidden one (the notes, when
+    // they are off) would take every key and do nothing with it.
+    property_is_active().signal_changed().connect([this] {
+        if (!is_active()) return;
+        Gtk::Widget* focus = get_focus();
+        if (!focus || !focus->is_drawable()) stage_->grab_focus();
+    });
+
     // Leaving full screen some other way (the window manager) ends the
     // presentation, so that state and window agree.
     property_fullscreened().signal_changed().connect([this] {

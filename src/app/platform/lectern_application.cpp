@@ -5,9 +5,11 @@
 #include "app/platform/app_style.h"
 #include "app/platform/deck_commands.h"
 #include "app/platform/deck_window.h"
+#include "app/platform/gobject_ref.h"
 #include "app/platform/renderer_choice.h"
 #include "web/platform/web_services.h"
 #include "app/platform/start_window.h"
+#include "app/platform/window_keeper.h"
 #include "model/deck_package.h"
 
 namespace lectern {
@@ -47,10 +49,20 @@ void LecternApplication::on_startup() {
     Gtk::StyleContext::add_provider_for_display(Gdk::Display::get_default(), css,
                                                 GTK_STYLE_PROVIDER_PRIORITY_APPLICATION);
 
+    windowKeeper_ = std::make_unique<WindowKeeper>(gobj());
     add_action("open", [this] { showOpenDialog(); });
     add_action("about", [this] { showAbout(); });
     add_action("quit", [this] {
-        for (auto* window : get_windows()) window->close();
+        // The deck windows and the start window close; each takes its own
+        // panels, sheets and dialogs down with it. Held meanwhile, as
+        // closing one may destroy another.
+        std::vector<GObjectRef<GtkWindow>> windows;
+        for (auto* window : get_windows()) {
+            if (dynamic_cast<DeckWindow*>(window) || dynamic_cast<StartWindow*>(window)) {
+                windows.push_back(GObjectRef<GtkWindow>::retain(window->gobj()));
+            }
+        }
+        for (const auto& window : windows) gtk_window_close(window.get());
     });
     // Browser profile stores that could not be removed last time: one more
     // try, once per run.
@@ -71,13 +83,16 @@ void LecternApplication::on_startup() {
 void LecternApplication::on_shutdown() {
     // Hidden pages stop with the application; nothing is loaded any more.
     WebServices::shared().prefetcher().terminate();
+    windowKeeper_.reset();
     Gtk::Application::on_shutdown();
 }
 
 void LecternApplication::on_activate() {
-    if (!get_windows().empty()) {
-        get_windows().front()->present();
-        return;
+    for (auto* window : get_windows()) {
+        if (dynamic_cast<DeckWindow*>(window) || dynamic_cast<StartWindow*>(window)) {
+            window->present();
+            return;
+        }
     }
     startWindow().present();
     showOpenDialog();

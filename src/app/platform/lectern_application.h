@@ -15,6 +15,7 @@ namespace lectern {
 
 class DeckWindow;
 class StartWindow;
+class WindowKeeper;
 
 // The application: one window per open deck, each with its own
 // presentation state. Started with deck folders it opens them; otherwise it
@@ -60,6 +61,7 @@ private:
     PreferencesStore* preferences_;
     StartWindow* startWindow_ = nullptr;
     Glib::RefPtr<Gtk::FileChooserNative> openDialog_;
+    std::unique_ptr<WindowKeeper> windowKeeper_;
 };
 
 }  // namespace lectern
