@@ -45,15 +45,12 @@ void WindowKeeper::toplevelsChanged(GListModel* toplevels, guint position, guint
             [](gpointer data) {
                 auto* adoption = static_cast<Adoption*>(data);
                 GtkWindow* window = adoption->window;
-                // The application's shortcuts (Ctrl+Q) reach windows that
-                // belong to it only.
                 if (isListed(window)) {  // not destroyed meanwhile
-                    if (!gtk_window_get_application(window)) gtk_window_set_application(window, adoption->application);
                     g_signal_connect_object(window, "map", G_CALLBACK(shown), adoption->application,
                                             GConnectFlags(0));
                     g_signal_connect_object(window, "unmap", G_CALLBACK(gone), adoption->application,
                                             GConnectFlags(0));
-                    if (gtk_widget_get_mapped(GTK_WIDGET(window))) shown(window, nullptr);
+                    if (gtk_widget_get_mapped(GTK_WIDGET(window))) shown(window, adoption->application);
                 }
                 g_object_unref(window);
                 delete adoption;
@@ -62,7 +59,10 @@ void WindowKeeper::toplevelsChanged(GListModel* toplevels, guint position, guint
     }
 }
 
-void WindowKeeper::shown(GtkWindow* window, gpointer) {
+void WindowKeeper::shown(GtkWindow* window, gpointer app) {
+    // The application's shortcuts (Ctrl+Q) reach windows that belong to it
+    // only. Windows made and never shown (a help overlay) stay out of it.
+    if (!gtk_window_get_application(window)) gtk_window_set_application(window, GTK_APPLICATION(app));
     // The window it was opened over is noted while it shows: a window
     // closed for good has let go of it by the time it leaves the screen.
     {
