@@ -69,9 +69,11 @@ void WebPaneController::registerPage() {
 }
 
 void WebPaneController::loadCurrent() {
-    page_->load(inputs_.url);
     lastLoadedUrl_ = inputs_.url;
+    // Loading first: a page may refuse the address at once, and its
+    // failure must be the status that stays.
     postStatus(WebLoadStatus::loading());
+    page_->load(inputs_.url);
 }
 
 void WebPaneController::postStatus(WebLoadStatus status) {

@@ -19,6 +19,7 @@ public:
         url_ = url;
         loading_ = true;
         failed_ = false;
+        if (refuseWith) fail(*refuseWith);
     }
     void stopLoading() override {
         ++stops;
@@ -55,6 +56,7 @@ public:
     WebPageDelegate* delegate() const { return delegate_; }
 
     std::optional<Uuid> profileId;
+    std::optional<std::string> refuseWith;  // load() fails at once with this
     std::vector<std::string> loads;
     std::vector<std::string> scripts;
     int stops = 0;

@@ -249,6 +249,14 @@ TEST_F(WebPaneTest, APageThatFailedWhileLoadedAheadLoadsAgainOnStage) {
     EXPECT_TRUE(shown->adopted());
     EXPECT_EQ(loadsOf("https://b.test/"), 2) << "loaded again, not shown as loaded";
     EXPECT_EQ(shown->status(), WebLoadStatus::loading());
+
+    // A page that refuses the address at once ends failed, not loading.
+    pages.made[0]->refuseWith = "Port 9 belongs to another service";
+    WebPaneController::Inputs inputs = shown->inputs();
+    inputs.url = "http://127.0.0.1:9/";
+    shown->update(inputs);
+    scheduler.runPending();
+    EXPECT_EQ(shown->status(), WebLoadStatus::failed("Port 9 belongs to another service"));
 }
 
 TEST_F(WebPaneTest, TheLaterPaneOfASlideOwnsTheRegistryEntry) {

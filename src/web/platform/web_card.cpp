@@ -29,7 +29,8 @@ WebCard::WebCard(WebKitPageFactory& pages, Scheduler& scheduler, WebPrefetcher* 
     message_.add_css_class("web-card-message");
     messageDetail_.add_css_class("web-card-detail");
     for (Gtk::Widget* widget : {static_cast<Gtk::Widget*>(this), static_cast<Gtk::Widget*>(&messageIcon_),
-                                static_cast<Gtk::Widget*>(&messageTitle_), static_cast<Gtk::Widget*>(&messageDetail_)}) {
+                                static_cast<Gtk::Widget*>(&messageTitle_), static_cast<Gtk::Widget*>(&messageDetail_),
+                                static_cast<Gtk::Widget*>(&spinner_)}) {
         widget->get_style_context()->add_provider(messageStyle_, GTK_STYLE_PROVIDER_PRIORITY_APPLICATION + 1);
     }
     messageDetail_.set_wrap(true);
@@ -83,7 +84,7 @@ void WebCard::setTheme(Theme theme) {
     theme_ = theme;
     const QuickLookTheme colours = QuickLookTheme::of(theme);
     messageStyle_->load_from_data(".web-card.showing-message { background-color: " + colours.mediaBackground.hex() +
-                                  "; }\nimage, label { color: " + colours.webMessage.hex() +
+                                  "; }\nimage, label, spinner { color: " + colours.webMessage.hex() +
                                   "; }\nlabel.web-card-detail { color: " + colours.webMessageDetail.hex() + "; }");
 }
 
