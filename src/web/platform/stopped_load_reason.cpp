@@ -3,6 +3,7 @@
 #include <libsoup/soup.h>
 
 #include <memory>
+#include <utility>
 
 #include "web/refused_address.h"
 
@@ -17,6 +18,7 @@ struct Search {
     std::function<void(const std::string&)> done;
     GCancellable* cancellable;
     int hops = 0;
+    SoupMessage* message = nullptr;  // the request on its way
 };
 
 SoupSession* plainSession() {
@@ -29,7 +31,7 @@ void ask(std::unique_ptr<Search> search, const std::string& url);
 
 void answered(GObject* source, GAsyncResult* result, gpointer data) {
     std::unique_ptr<Search> search(static_cast<Search*>(data));
-    auto* message = SOUP_MESSAGE(g_object_get_data(G_OBJECT(source), "lectern-message"));
+    SoupMessage* message = std::exchange(search->message, nullptr);
     GInputStream* body = soup_session_send_finish(SOUP_SESSION(source), result, nullptr);
     if (body) g_object_unref(body);
     if (g_cancellable_is_cancelled(search->cancellable)) {
@@ -70,12 +72,9 @@ void ask(std::unique_ptr<Search> search, const std::string& url) {
         return;
     }
     soup_message_add_flags(message, SOUP_MESSAGE_NO_REDIRECT);
-    SoupSession* session = plainSession();
-    // The session answers one message at a time here; the message rides on
-    // it until the answer.
-    g_object_set_data(G_OBJECT(session), "lectern-message", message);
+    search->message = message;
     GCancellable* cancellable = search->cancellable;
-    soup_session_send_async(session, message, G_PRIORITY_DEFAULT, cancellable, answered, search.release());
+    soup_session_send_async(plainSession(), message, G_PRIORITY_DEFAULT, cancellable, answered, search.release());
 }
 
 }  // namespace
