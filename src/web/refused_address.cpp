@@ -5,6 +5,8 @@
 #include <algorithm>
 #include <array>
 
+#include "model/deck_json.h"
+
 
 namespace lectern {
 
@@ -27,17 +29,10 @@ std::string shortened(std::string_view url) {
     return shown;
 }
 
-bool isWebScheme(const std::string& url) {
-    char* scheme = g_uri_parse_scheme(url.c_str());
-    bool web = scheme && (g_ascii_strcasecmp(scheme, "http") == 0 || g_ascii_strcasecmp(scheme, "https") == 0);
-    g_free(scheme);
-    return web;
-}
-
 }  // namespace
 
 std::optional<std::string> refusalReason(std::string_view url) {
-    if (!isWebScheme(std::string(url))) {
+    if (!DeckJson::isWebAddress(url)) {
         std::string reason = "Refused to open “";
         reason += shortened(url);
         reason += "”: only http and https pages are shown";

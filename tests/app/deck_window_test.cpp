@@ -55,23 +55,8 @@ bool noSheetOnScreen() {
     return true;
 }
 
-class DeckWindowTest : public ::testing::Test {
+class DeckWindowTest : public testing::WindowTest {
 protected:
-    void SetUp() override {
-        if (!testing::haveDisplay()) GTEST_SKIP() << "needs a display (run under xvfb-run)";
-        app();
-        (void)testing::preferences().removeValue(ActionTrust::preferencesKey);
-    }
-    void TearDown() override {
-        if (testing::haveDisplay()) closeAllWindows();
-    }
-
-    DeckWindow& open(Deck deck) {
-        DeckWindow* window = app().openDeck(std::move(deck), std::nullopt);
-        EXPECT_TRUE(pumpUntil([&] { return window->get_mapped(); }));
-        pumpFor(0.2);
-        return *window;
-    }
     // Stops presenting without asking about actions: the sheet is answered
     // "Present Without Them" if it comes up.
     static void declineIfAsked(DeckWindow& window) {

@@ -6,6 +6,8 @@
 #include <chrono>
 #include <thread>
 
+#include "app/platform/deck_window.h"
+#include "present/action_trust.h"
 #include "support/temp_dir.h"
 
 namespace lectern::testing {
@@ -140,5 +142,32 @@ void screenshot(const std::string& name) {
 }
 
 std::filesystem::path examplesDir() { return LECTERN_EXAMPLES_DIR; }
+
+std::vector<GtkWidget*> findWidgets(GtkWidget* root, const std::function<bool(GtkWidget*)>& match) {
+    std::vector<GtkWidget*> found;
+    if (match(root)) found.push_back(root);
+    for (GtkWidget* child = gtk_widget_get_first_child(root); child; child = gtk_widget_get_next_sibling(child)) {
+        auto below = findWidgets(child, match);
+        found.insert(found.end(), below.begin(), below.end());
+    }
+    return found;
+}
+
+void WindowTest::SetUp() {
+    if (!haveDisplay()) GTEST_SKIP() << "needs a display (run under xvfb-run)";
+    app();
+    (void)preferences().removeValue(ActionTrust::preferencesKey);
+}
+
+DeckWindow& WindowTest::open(Deck deck) {
+    DeckWindow* window = app().openDeck(std::move(deck), std::nullopt);
+    EXPECT_TRUE(pumpUntil([&] { return window->get_mapped(); }));
+    pumpFor(0.2);
+    return *window;
+}
+
+void WindowTest::TearDown() {
+    if (haveDisplay()) closeAllWindows();
+}
 
 }  // namespace lectern::testing

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <gtest/gtest.h>
 #include <gtkmm.h>
 
 #include <filesystem>
@@ -9,6 +10,10 @@
 
 #include "app/platform/lectern_application.h"
 #include "model/preferences_store.h"
+
+namespace lectern {
+class DeckWindow;
+}
 
 namespace lectern::testing {
 
@@ -42,5 +47,19 @@ int runProgram(const std::vector<std::string>& argv, std::string* output = nullp
 void screenshot(const std::string& name);
 
 std::filesystem::path examplesDir();
+
+// Every widget under `root` (itself included) that `match` accepts, in
+// tree order.
+std::vector<GtkWidget*> findWidgets(GtkWidget* root, const std::function<bool(GtkWidget*)>& match);
+
+// Tests of the application's windows: skipped without a display, with no
+// remembered consent at the start and no window left at the end.
+class WindowTest : public ::testing::Test {
+protected:
+    void SetUp() override;
+    void TearDown() override;
+    // A window for the deck, once it is on screen.
+    DeckWindow& open(Deck deck);
+};
 
 }  // namespace lectern::testing

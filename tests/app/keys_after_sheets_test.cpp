@@ -18,17 +18,8 @@ using testing::app;
 using testing::pumpFor;
 using testing::pumpUntil;
 
-// Every widget under `root` that `match` accepts.
-void collect(GtkWidget* root, const std::function<bool(GtkWidget*)>& match, std::vector<GtkWidget*>& found) {
-    if (match(root)) found.push_back(root);
-    for (GtkWidget* child = gtk_widget_get_first_child(root); child; child = gtk_widget_get_next_sibling(child)) {
-        collect(child, match, found);
-    }
-}
-
 GtkWidget* find(GtkWidget* root, const std::function<bool(GtkWidget*)>& match) {
-    std::vector<GtkWidget*> found;
-    collect(root, match, found);
+    auto found = testing::findWidgets(root, match);
     return found.empty() ? nullptr : found.front();
 }
 
@@ -40,18 +31,9 @@ void typeKeys(const std::vector<std::string>& keys) {
     pumpFor(0.3);
 }
 
-class KeysAfterSheetsTest : public ::testing::Test {
+class KeysAfterSheetsTest : public testing::WindowTest {
 protected:
-    void SetUp() override {
-        if (!testing::haveDisplay()) GTEST_SKIP() << "needs a display (run under xvfb-run)";
-        app();
-        (void)testing::preferences().removeValue(ActionTrust::preferencesKey);
-    }
-    void TearDown() override {
-        if (testing::haveDisplay()) testing::closeAllWindows();
-    }
-
-    DeckWindow& open() {
+    DeckWindow& openWithAction() {
         Deck deck;
         for (int n = 0; n < 6; ++n) deck.slides.push_back(Slide::make(SlideLayout::regular));
         SlideAction action;
@@ -59,10 +41,9 @@ protected:
         action.request.method = "POST";
         action.request.urlString = "http://127.0.0.1:1/reset";
         deck.slides[1].actions.push_back(action);  // made elsewhere: presenting asks first
-        DeckWindow* window = app().openDeck(std::move(deck), std::nullopt);
-        EXPECT_TRUE(pumpUntil([&] { return window->get_mapped(); }));
-        testing::focus(*window);
-        return *window;
+        DeckWindow& window = open(std::move(deck));
+        testing::focus(window);
+        return window;
     }
 
     // Opens the main menu as its button does, walks to `submenu` (if any)
@@ -111,7 +92,7 @@ protected:
 };
 
 TEST_F(KeysAfterSheetsTest, EveryShortcutWorksAtOnceAfterASheetCloses) {
-    DeckWindow& window = open();
+    DeckWindow& window = openWithAction();
 
     chooseFromMenu(window, "Presentation", "Check Web Slides…");
     ASSERT_TRUE(pumpUntil([&] { return window.webCheck() && window.webCheck()->get_mapped(); }));
@@ -158,7 +139,7 @@ TEST_F(KeysAfterSheetsTest, EveryShortcutWorksAtOnceAfterASheetCloses) {
 }
 
 TEST_F(KeysAfterSheetsTest, CtrlQQuitsFromASheet) {
-    DeckWindow& window = open();
+    DeckWindow& window = openWithAction();
     chooseFromMenu(window, "Presentation", "Check Web Slides…");
     ASSERT_TRUE(pumpUntil([&] { return window.webCheck() && window.webCheck()->is_active(); }));
     typeKeys({"ctrl+q"});

@@ -39,21 +39,11 @@ bool onStageLoaded(DeckWindow& window) {
     return pane && pane->status().kind == WebLoadStatus::Kind::loaded;
 }
 
-class WebWindowTest : public ::testing::Test {
+class WebWindowTest : public testing::WindowTest {
 protected:
     void SetUp() override {
-        if (!testing::haveDisplay()) GTEST_SKIP() << "needs a display (run under xvfb-run)";
-        app();
-        (void)testing::preferences().removeValue(ActionTrust::preferencesKey);
+        WindowTest::SetUp();
         for (const char* path : {"/a", "/b", "/c"}) server.page(path, std::string("Page ") + (path + 1), 100);
-    }
-    void TearDown() override {
-        if (testing::haveDisplay()) testing::closeAllWindows();
-    }
-    DeckWindow& open(Deck deck) {
-        DeckWindow* window = app().openDeck(std::move(deck), std::nullopt);
-        EXPECT_TRUE(pumpUntil([&] { return window->get_mapped(); }));
-        return *window;
     }
 
     LocalServer server;
@@ -146,17 +136,7 @@ TEST_F(WebWindowTest, CheckWebSlidesFromTheMenuGoesToASlideAndDoneCloses) {
 namespace lectern {
 namespace {
 
-// Every widget under `root` (itself included) that `match` accepts, in
-// tree order.
-std::vector<GtkWidget*> findWidgets(GtkWidget* root, const std::function<bool(GtkWidget*)>& match) {
-    std::vector<GtkWidget*> found;
-    if (match(root)) found.push_back(root);
-    for (GtkWidget* child = gtk_widget_get_first_child(root); child; child = gtk_widget_get_next_sibling(child)) {
-        auto below = findWidgets(child, match);
-        found.insert(found.end(), below.begin(), below.end());
-    }
-    return found;
-}
+using testing::findWidgets;
 
 std::vector<GtkWidget*> buttonsWithTooltip(GtkWidget* root, const std::string& tooltip) {
     return findWidgets(root, [&](GtkWidget* widget) {
