@@ -41,44 +41,6 @@ TEST(Color, ContrastAndReadableText) {
     EXPECT_EQ(readableOn(Color::grey(0.5), Color::grey(0.5), 21), black) << "out of reach: the best there is";
 }
 
-TEST(ThemeStyle, ValuesPerTheme) {
-    auto clinical = ThemeStyle::of(Theme::clinical);
-    EXPECT_EQ(clinical.titleFont, (FontSpec{34, FontWeight::semibold, FontDesign::standard}));
-    EXPECT_EQ(clinical.codeFont, (FontSpec{13, FontWeight::regular, FontDesign::monospaced}));
-    EXPECT_EQ(clinical.codeBlockText, Color::grey(0.92));
-    EXPECT_EQ(clinical.codeBlockBackground, Color::grey(0.12));
-    EXPECT_EQ(clinical.stageBackground, Color::grey(0.98));
-
-    auto editorial = ThemeStyle::of(Theme::editorial);
-    EXPECT_EQ(editorial.titleFont, (FontSpec{44, FontWeight::regular, FontDesign::serif}));
-    EXPECT_EQ(editorial.eyebrowFont, (FontSpec{12, FontWeight::medium, FontDesign::serif}));
-    EXPECT_EQ(editorial.bodyFont.design, FontDesign::serif);
-    EXPECT_EQ(editorial.titleDesign, FontDesign::serif);
-    EXPECT_EQ(editorial.eyebrowTracking, 0.4);
-    EXPECT_EQ(editorial.stageBackground, (Color{0.97, 0.96, 0.93, 1}));
-    EXPECT_EQ(editorial.mutedText, (Color{0.42, 0.38, 0.33, 1}));
-
-    auto mono = ThemeStyle::of(Theme::monochrome);
-    EXPECT_EQ(mono.eyebrowFont, (FontSpec{10, FontWeight::semibold, FontDesign::monospaced}));
-    EXPECT_EQ(mono.titleFont, (FontSpec{32, FontWeight::bold, FontDesign::standard}));
-    EXPECT_EQ(mono.eyebrowTracking, 2.0);
-
-    auto dark = ThemeStyle::of(Theme::dark);
-    EXPECT_EQ(dark.codeBlockText, Color::grey(0.94));
-    EXPECT_EQ(dark.codeBlockBackground, Color::grey(0.16));
-    EXPECT_EQ(dark.primaryText, Color::grey(0.96));
-
-    for (Theme theme : allCases<Theme>()) {
-        auto style = ThemeStyle::of(theme);
-        EXPECT_EQ(style.theme, theme);
-        EXPECT_EQ(style.usesAccent, theme != Theme::monochrome);
-        EXPECT_EQ(style.eyebrowUppercase, theme != Theme::editorial);
-        EXPECT_FALSE(themeDescription(theme).empty());
-    }
-    EXPECT_EQ(themeDescription(Theme::dark), "Bold, dark canvas");
-    EXPECT_EQ(themeDisplayName(Theme::monochrome), "Monochrome");
-}
-
 TEST(ThemeStyle, AccentResolution) {
     auto clinical = ThemeStyle::of(Theme::clinical);
     EXPECT_EQ(clinical.resolvedAccent(std::nullopt)->hex(), "#3B5A7A");

@@ -47,21 +47,6 @@ Slide revealing(std::size_t steps) {
     return slide;
 }
 
-TEST(PresentationStateInitial, FieldsAndTheirValues) {
-    Fixture f;
-    const auto& s = f.state;
-    EXPECT_EQ(s.current(), 0);
-    EXPECT_EQ(s.revealIndex(), 0);
-    EXPECT_TRUE(s.editorOpen());
-    EXPECT_TRUE(s.notesHidden());
-    EXPECT_FALSE(s.presenting() || s.overview() || s.hudVisible() || s.urlBarVisible() || s.presenterPanelVisible());
-    EXPECT_FALSE(s.timerStart());
-    EXPECT_EQ(s.now(), 100);
-    EXPECT_TRUE(s.history().empty());
-    EXPECT_FALSE(s.windowId().isNil());
-    EXPECT_NE(s.liveWebViews(), nullptr);
-}
-
 TEST(PresentationStateNavigation, RevealStepsThenSlidesWithAHardStop) {
     Fixture f;
     auto deck = slides(2);
