@@ -10,7 +10,7 @@
 #include <memory>
 
 #include "present/auto_run_coordinator.h"
-#include "present/manual_scheduler.h"
+#include "base/manual_scheduler.h"
 
 namespace {
 

@@ -12,10 +12,10 @@
 #include <thread>
 #include <vector>
 
-#include "app/platform/deck_window.h"
-#include "app/platform/gobject_ref.h"
+#include "editor/platform/deck_window.h"
+#include "base/platform/gobject_ref.h"
 #include "app/platform/lectern_application.h"
-#include "app/platform/stage_view.h"
+#include "slides/platform/stage_view.h"
 #include "bench_decks.h"
 #include "main_loop.h"
 

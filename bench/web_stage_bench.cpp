@@ -20,8 +20,8 @@
 #include <thread>
 #include <vector>
 
-#include "app/platform/deck_window.h"
-#include "app/platform/gobject_ref.h"
+#include "editor/platform/deck_window.h"
+#include "base/platform/gobject_ref.h"
 #include "app/platform/lectern_application.h"
 #include "bench_decks.h"
 #include "main_loop.h"

@@ -4,7 +4,7 @@
 #include <vector>
 
 #include "model/preferences_store.h"
-#include "model/signal.h"
+#include "base/signal.h"
 
 namespace lectern {
 

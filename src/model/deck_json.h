@@ -6,7 +6,7 @@
 #include <nlohmann/json.hpp>
 
 #include "model/deck.h"
-#include "model/result.h"
+#include "base/result.h"
 
 namespace lectern {
 

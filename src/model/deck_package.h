@@ -12,7 +12,7 @@
 #include <vector>
 
 #include "model/deck.h"
-#include "model/result.h"
+#include "base/result.h"
 #include "model/shared_bytes.h"
 
 namespace lectern {

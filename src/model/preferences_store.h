@@ -7,8 +7,8 @@
 
 #include <nlohmann/json.hpp>
 
-#include "model/result.h"
-#include "model/signal.h"
+#include "base/result.h"
+#include "base/signal.h"
 
 namespace lectern {
 

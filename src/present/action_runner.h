@@ -8,8 +8,8 @@
 #include <string>
 #include <vector>
 
-#include "model/result.h"
-#include "model/signal.h"
+#include "base/result.h"
+#include "base/signal.h"
 #include "model/slide.h"
 #include "present/http_transport.h"
 #include "web/live_web_view_registry.h"

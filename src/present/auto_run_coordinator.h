@@ -7,7 +7,7 @@
 
 #include "model/slide.h"
 #include "present/action_runner.h"
-#include "present/scheduler.h"
+#include "base/scheduler.h"
 #include "web/live_web_view_registry.h"
 
 namespace lectern {

@@ -7,11 +7,11 @@
 
 #include "model/deck.h"
 #include "model/preferences_store.h"
-#include "model/signal.h"
+#include "base/signal.h"
 #include "model/uuid.h"
 #include "present/action_trust.h"
 #include "present/auto_run_coordinator.h"
-#include "present/scheduler.h"
+#include "base/scheduler.h"
 #include "present/ticker_box.h"
 #include "web/live_web_view_registry.h"
 

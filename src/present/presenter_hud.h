@@ -4,7 +4,7 @@
 #include <string>
 
 #include "model/slide.h"
-#include "present/scheduler.h"
+#include "base/scheduler.h"
 
 namespace lectern {
 

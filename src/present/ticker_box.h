@@ -3,7 +3,7 @@
 #include <functional>
 #include <memory>
 
-#include "present/scheduler.h"
+#include "base/scheduler.h"
 
 namespace lectern {
 

@@ -4,7 +4,7 @@
 
 #include "model/deck.h"
 #include "model/deck_package.h"
-#include "model/result.h"
+#include "base/result.h"
 
 namespace lectern {
 

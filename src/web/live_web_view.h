@@ -4,7 +4,7 @@
 #include <optional>
 #include <string>
 
-#include "model/result.h"
+#include "base/result.h"
 
 namespace lectern {
 

@@ -6,7 +6,7 @@
 #include <string>
 
 #include "model/uuid.h"
-#include "present/scheduler.h"
+#include "base/scheduler.h"
 #include "web/web_check_outcome.h"
 #include "web/web_page.h"
 

@@ -8,9 +8,9 @@
 #include <vector>
 
 #include "model/preferences_store.h"
-#include "model/signal.h"
+#include "base/signal.h"
 #include "model/uuid.h"
-#include "present/scheduler.h"
+#include "base/scheduler.h"
 #include "web/profiles_in_use.h"
 #include "web/website_data_stores.h"
 

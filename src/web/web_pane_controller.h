@@ -4,9 +4,9 @@
 #include <optional>
 #include <string>
 
-#include "model/signal.h"
+#include "base/signal.h"
 #include "model/uuid.h"
-#include "present/scheduler.h"
+#include "base/scheduler.h"
 #include "web/live_web_view_registry.h"
 #include "web/prefetch_key.h"
 #include "web/web_load_status.h"

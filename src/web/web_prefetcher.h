@@ -9,7 +9,7 @@
 
 #include "model/slide.h"
 #include "model/uuid.h"
-#include "present/scheduler.h"
+#include "base/scheduler.h"
 #include "web/prefetch_key.h"
 #include "web/web_page.h"
 

@@ -7,9 +7,9 @@
 #include <vector>
 
 #include "model/deck.h"
-#include "model/signal.h"
+#include "base/signal.h"
 #include "model/uuid.h"
-#include "present/scheduler.h"
+#include "base/scheduler.h"
 #include "web/page_probe.h"
 #include "web/web_check_outcome.h"
 #include "web/web_page.h"

@@ -3,7 +3,7 @@
 #include <functional>
 #include <optional>
 
-#include "model/result.h"
+#include "base/result.h"
 #include "model/uuid.h"
 
 namespace lectern {

@@ -6,11 +6,11 @@
 
 #include <adwaita.h>
 
-#include "app/platform/deck_window.h"
-#include "app/platform/hud_bar.h"
-#include "app/platform/overview_grid.h"
-#include "app/platform/presenter_panel.h"
-#include "app/platform/stage_view.h"
+#include "editor/platform/deck_window.h"
+#include "present/platform/hud_bar.h"
+#include "slides/platform/overview_grid.h"
+#include "editor/platform/presenter_panel.h"
+#include "slides/platform/stage_view.h"
 #include "gui_harness.h"
 #include "model/deck_package.h"
 #include "slides/slide_painter.h"

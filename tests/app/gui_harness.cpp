@@ -6,7 +6,7 @@
 #include <chrono>
 #include <thread>
 
-#include "app/platform/deck_window.h"
+#include "editor/platform/deck_window.h"
 #include "present/action_trust.h"
 #include "support/temp_dir.h"
 

@@ -6,9 +6,9 @@
 
 #include <adwaita.h>
 
-#include "app/platform/browser_profiles_window.h"
-#include "app/platform/deck_window.h"
-#include "app/platform/web_check_sheet.h"
+#include "web/platform/browser_profiles_window.h"
+#include "editor/platform/deck_window.h"
+#include "web/platform/web_check_sheet.h"
 #include "gui_harness.h"
 
 namespace lectern {

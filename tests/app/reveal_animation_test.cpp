@@ -1,4 +1,4 @@
-#include "app/platform/reveal_animation.h"
+#include "slides/platform/reveal_animation.h"
 
 #include <gtest/gtest.h>
 

@@ -5,9 +5,9 @@
 
 #include <adwaita.h>
 
-#include "app/platform/web_check_sheet.h"
+#include "web/platform/web_check_sheet.h"
 #include "gui_harness.h"
-#include "present/manual_scheduler.h"
+#include "base/manual_scheduler.h"
 #include "support/fake_web_page.h"
 
 namespace lectern {

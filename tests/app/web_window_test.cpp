@@ -7,10 +7,10 @@
 
 #include <filesystem>
 
-#include "app/platform/browser_profiles_window.h"
-#include "app/platform/deck_window.h"
-#include "app/platform/stage_view.h"
-#include "app/platform/web_check_sheet.h"
+#include "web/platform/browser_profiles_window.h"
+#include "editor/platform/deck_window.h"
+#include "slides/platform/stage_view.h"
+#include "web/platform/web_check_sheet.h"
 #include "gui_harness.h"
 #include "model/deck_package.h"
 #include "support/temp_dir.h"

@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "present/manual_scheduler.h"
+#include "base/manual_scheduler.h"
 #include "support/fake_http.h"
 
 namespace lectern {

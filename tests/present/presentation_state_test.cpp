@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include "present/manual_scheduler.h"
+#include "base/manual_scheduler.h"
 #include "support/fake_http.h"
 #include "support/temp_dir.h"
 

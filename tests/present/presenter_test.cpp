@@ -3,7 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "present/key_monitor.h"
-#include "present/manual_scheduler.h"
+#include "base/manual_scheduler.h"
 #include "present/presenter_hud.h"
 #include "present/presenter_timer.h"
 

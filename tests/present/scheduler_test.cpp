@@ -5,8 +5,8 @@
 #include <string>
 #include <vector>
 
-#include "present/glib_scheduler.h"
-#include "present/manual_scheduler.h"
+#include "base/glib_scheduler.h"
+#include "base/manual_scheduler.h"
 
 namespace lectern {
 namespace {

@@ -4,7 +4,7 @@
 
 #include <map>
 
-#include "present/manual_scheduler.h"
+#include "base/manual_scheduler.h"
 #include "support/temp_dir.h"
 
 namespace lectern {

@@ -2,7 +2,7 @@
 // prefetcher keeps them, and how a pane takes, loads and hands them back.
 #include <gtest/gtest.h>
 
-#include "present/manual_scheduler.h"
+#include "base/manual_scheduler.h"
 #include "support/fake_web_page.h"
 #include "web/refused_address.h"
 #include "web/web_pane_controller.h"

@@ -3,7 +3,7 @@
 // lectern-cli show.
 #include <gtest/gtest.h>
 
-#include "present/manual_scheduler.h"
+#include "base/manual_scheduler.h"
 #include "support/fake_web_page.h"
 #include "web/web_slide_checker.h"
 

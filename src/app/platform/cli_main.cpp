@@ -19,7 +19,7 @@
 #include <vector>
 
 #include "app/cli.h"
-#include "present/glib_scheduler.h"
+#include "base/glib_scheduler.h"
 #include "web/platform/web_sessions.h"
 #include "web/platform/webkit_page.h"
 

@@ -3,9 +3,9 @@
 #include <adwaita.h>
 
 #include "app/platform/app_style.h"
-#include "app/platform/deck_commands.h"
-#include "app/platform/deck_window.h"
-#include "app/platform/gobject_ref.h"
+#include "present/platform/deck_commands.h"
+#include "editor/platform/deck_window.h"
+#include "base/platform/gobject_ref.h"
 #include "app/platform/renderer_choice.h"
 #include "web/platform/web_services.h"
 #include "app/platform/start_window.h"

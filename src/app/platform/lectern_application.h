@@ -8,8 +8,8 @@
 
 #include "model/deck.h"
 #include "model/preferences_store.h"
-#include "model/result.h"
-#include "present/glib_scheduler.h"
+#include "base/result.h"
+#include "base/glib_scheduler.h"
 
 namespace lectern {
 

@@ -5,7 +5,7 @@
 
 #include <string>
 
-#include "app/platform/gobject_ref.h"
+#include "base/platform/gobject_ref.h"
 
 namespace lectern {
 

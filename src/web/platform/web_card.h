@@ -7,7 +7,7 @@
 #include <optional>
 
 #include "model/deck_enums.h"
-#include "model/signal.h"
+#include "base/signal.h"
 #include "model/slide.h"
 #include "web/live_web_view_registry.h"
 #include "web/web_pane_controller.h"

@@ -2,7 +2,7 @@
 
 #include <memory>
 
-#include "present/glib_scheduler.h"
+#include "base/glib_scheduler.h"
 #include "web/platform/web_sessions.h"
 #include "web/platform/webkit_page.h"
 #include "web/profile_stores.h"

@@ -8,10 +8,10 @@
 #include <string>
 #include <unordered_map>
 
-#include "app/platform/gobject_ref.h"
-#include "model/result.h"
+#include "base/platform/gobject_ref.h"
+#include "base/result.h"
 #include "model/uuid.h"
-#include "present/http_transport.h"
+#include "web/cookie_source.h"
 #include "web/website_data_stores.h"
 
 namespace lectern {

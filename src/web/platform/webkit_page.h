@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-#include "app/platform/gobject_ref.h"
+#include "base/platform/gobject_ref.h"
 #include "web/web_page.h"
 
 namespace lectern {

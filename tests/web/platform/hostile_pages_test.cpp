@@ -8,7 +8,7 @@
 #include <filesystem>
 #include <fstream>
 
-#include "present/glib_scheduler.h"
+#include "base/glib_scheduler.h"
 #include "support/platform/local_server.h"
 #include "support/temp_dir.h"
 #include "web/page_probe.h"

@@ -5,7 +5,7 @@
 
 #include <filesystem>
 
-#include "present/glib_scheduler.h"
+#include "base/glib_scheduler.h"
 #include "support/platform/local_server.h"
 #include "web/platform/web_sessions.h"
 #include "web/platform/webkit_page.h"

@@ -10,9 +10,9 @@
 #include <algorithm>
 #include <filesystem>
 
-#include "app/platform/gobject_ref.h"
+#include "base/platform/gobject_ref.h"
 #include "model/deck_package.h"
-#include "present/glib_scheduler.h"
+#include "base/glib_scheduler.h"
 #include "support/platform/local_server.h"
 #include "support/temp_dir.h"
 #include "web/platform/web_sessions.h"

@@ -6,7 +6,7 @@
 #include <unordered_map>
 #include <utility>
 
-#include "present/scheduler.h"
+#include "base/scheduler.h"
 
 namespace lectern {
 

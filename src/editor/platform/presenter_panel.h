@@ -7,8 +7,8 @@
 #include <optional>
 #include <vector>
 
-#include "app/platform/slide_thumbnail.h"
-#include "app/platform/timer_readout.h"
+#include "slides/platform/slide_thumbnail.h"
+#include "present/platform/timer_readout.h"
 #include "model/deck.h"
 #include "present/presentation_state.h"
 

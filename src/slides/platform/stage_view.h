@@ -6,8 +6,8 @@
 #include <optional>
 #include <string>
 
-#include "app/platform/reveal_animation.h"
-#include "model/signal.h"
+#include "slides/platform/reveal_animation.h"
+#include "base/signal.h"
 #include "model/slide.h"
 #include "slides/slide_painter.h"
 

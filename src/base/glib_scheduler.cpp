@@ -1,4 +1,4 @@
-#include "present/glib_scheduler.h"
+#include "base/glib_scheduler.h"
 
 #include <cmath>
 #include <utility>

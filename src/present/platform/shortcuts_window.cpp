@@ -1,4 +1,4 @@
-#include "app/platform/shortcuts_window.h"
+#include "present/platform/shortcuts_window.h"
 
 #include <glibmm/markup.h>
 

@@ -1,4 +1,4 @@
-#include "app/platform/hud_bar.h"
+#include "present/platform/hud_bar.h"
 
 #include "present/presenter_hud.h"
 

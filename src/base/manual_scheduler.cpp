@@ -1,4 +1,4 @@
-#include "present/manual_scheduler.h"
+#include "base/manual_scheduler.h"
 
 #include <algorithm>
 

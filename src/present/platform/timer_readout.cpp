@@ -1,4 +1,4 @@
-#include "app/platform/timer_readout.h"
+#include "present/platform/timer_readout.h"
 
 #include "present/presenter_timer.h"
 

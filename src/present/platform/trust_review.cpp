@@ -1,4 +1,4 @@
-#include "app/platform/trust_review.h"
+#include "present/platform/trust_review.h"
 
 #include <string>
 

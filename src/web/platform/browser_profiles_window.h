@@ -7,7 +7,7 @@
 #include <optional>
 #include <vector>
 
-#include "app/platform/gobject_ref.h"
+#include "base/platform/gobject_ref.h"
 #include "model/deck.h"
 
 namespace lectern {

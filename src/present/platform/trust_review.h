@@ -6,7 +6,7 @@
 #include <functional>
 #include <vector>
 
-#include "app/platform/gobject_ref.h"
+#include "base/platform/gobject_ref.h"
 #include "present/action_trust.h"
 
 namespace lectern {

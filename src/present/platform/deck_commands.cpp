@@ -1,4 +1,4 @@
-#include "app/platform/deck_commands.h"
+#include "present/platform/deck_commands.h"
 
 namespace lectern {
 

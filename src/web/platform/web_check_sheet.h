@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "model/deck.h"
-#include "present/scheduler.h"
+#include "base/scheduler.h"
 #include "web/web_page.h"
 #include "web/web_slide_checker.h"
 

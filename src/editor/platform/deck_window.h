@@ -9,14 +9,14 @@
 #include <optional>
 #include <string>
 
-#include "app/platform/gobject_ref.h"
-#include "app/platform/trust_review.h"
+#include "base/platform/gobject_ref.h"
+#include "present/platform/trust_review.h"
 #include "model/deck.h"
 #include "model/preferences_store.h"
 #include "present/action_trust.h"
 #include "present/presentation_state.h"
 #include "present/presenter_hud.h"
-#include "present/scheduler.h"
+#include "base/scheduler.h"
 #include "slides/slide_painter.h"
 
 namespace lectern {

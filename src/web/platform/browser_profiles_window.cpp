@@ -1,4 +1,4 @@
-#include "app/platform/browser_profiles_window.h"
+#include "web/platform/browser_profiles_window.h"
 
 #include <utility>
 

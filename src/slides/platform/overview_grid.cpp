@@ -1,8 +1,8 @@
-#include "app/platform/overview_grid.h"
+#include "slides/platform/overview_grid.h"
 
 #include <cstdio>
 
-#include "app/platform/slide_thumbnail.h"
+#include "slides/platform/slide_thumbnail.h"
 
 namespace lectern {
 

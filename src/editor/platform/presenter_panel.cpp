@@ -1,8 +1,8 @@
-#include "app/platform/presenter_panel.h"
+#include "editor/platform/presenter_panel.h"
 
 #include <adwaita.h>
 
-#include "app/platform/deck_window.h"
+#include "editor/platform/deck_window.h"
 #include "present/action_runner.h"
 
 namespace lectern {

@@ -4,7 +4,7 @@
 
 #include <functional>
 
-#include "app/platform/timer_readout.h"
+#include "present/platform/timer_readout.h"
 #include "model/deck.h"
 #include "present/presentation_state.h"
 

@@ -6,7 +6,7 @@
 
 #include <glib.h>
 
-#include "present/scheduler.h"
+#include "base/scheduler.h"
 
 namespace lectern {
 

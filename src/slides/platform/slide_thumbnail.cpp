@@ -1,4 +1,4 @@
-#include "app/platform/slide_thumbnail.h"
+#include "slides/platform/slide_thumbnail.h"
 
 #include <cmath>
 

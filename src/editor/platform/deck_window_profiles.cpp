@@ -4,8 +4,8 @@
 
 #include <utility>
 
-#include "app/platform/browser_profiles_window.h"
-#include "app/platform/deck_window.h"
+#include "web/platform/browser_profiles_window.h"
+#include "editor/platform/deck_window.h"
 #include "slides/deck_previews.h"
 #include "model/deck_package.h"
 #include "web/browser_profile_edits.h"

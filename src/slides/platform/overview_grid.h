@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "model/deck.h"
-#include "model/signal.h"
+#include "base/signal.h"
 #include "slides/slide_painter.h"
 
 namespace lectern {

@@ -1,4 +1,4 @@
-#include "app/platform/stage_view.h"
+#include "slides/platform/stage_view.h"
 
 #include <algorithm>
 #include <cmath>

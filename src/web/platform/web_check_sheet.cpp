@@ -1,4 +1,4 @@
-#include "app/platform/web_check_sheet.h"
+#include "web/platform/web_check_sheet.h"
 
 #include <string>
 #include <utility>

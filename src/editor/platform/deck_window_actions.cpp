@@ -3,7 +3,7 @@
 
 #include <algorithm>
 
-#include "app/platform/deck_window.h"
+#include "editor/platform/deck_window.h"
 #include "web/platform/web_services.h"
 #include "web/web_zoom.h"
 

@@ -6,7 +6,7 @@
 #include <functional>
 #include <optional>
 
-#include "model/signal.h"
+#include "base/signal.h"
 #include "present/presentation_state.h"
 
 namespace lectern {
