@@ -1,0 +1,84 @@
+#pragma once
+
+#include <cstddef>
+#include <deque>
+#include <filesystem>
+#include <functional>
+#include <optional>
+#include <string>
+
+#include "base/signal.h"
+#include "model/deck.h"
+
+namespace lectern {
+
+// What happened to the document, as its change signal tells it.
+struct DeckChange {
+    enum class Kind { edit, undo, redo, saved };
+    Kind kind = Kind::edit;
+    std::string label;           // "Move Slide": what was done, undone or redone
+    std::optional<Uuid> slide;   // the slide the edit was about, shown again on undo and redo
+};
+
+// One open deck: its value, its package (none for a draft never saved), its
+// undo history as whole-deck snapshots and whether it is saved. Every change
+// of a deck in the program goes through edit(). Main loop only.
+class DeckDocument {
+public:
+    static constexpr std::size_t maxUndoSteps = 200;
+    static constexpr double mergeSeconds = 1.0;
+
+    // A deck as its package holds it (a draft: as it was made), so it starts
+    // clean. `clock` gives seconds on a monotonic clock, for merging.
+    DeckDocument(Deck deck, std::optional<std::filesystem::path> package, std::function<double()> clock);
+
+    const Deck& deck() const { return deck_; }
+    const std::optional<std::filesystem::path>& package() const { return package_; }
+    bool isDraft() const { return !package_; }
+
+    // The one way in. `change` is a pure Deck -> Deck function; `slide` is
+    // the slide the edit is about. Edits with the same non-empty mergeKey
+    // within mergeSeconds of the previous one make one undo step. Returns
+    // false (and records nothing) when the deck did not change.
+    bool edit(std::string label, const std::function<Deck(Deck)>& change, std::string mergeKey = {},
+              std::optional<Uuid> slide = std::nullopt);
+
+    bool canUndo() const { return !undo_.empty(); }
+    bool canRedo() const { return !redo_.empty(); }
+    // The label of the step undo() or redo() would take back ("Move Slide").
+    std::string undoLabel() const;
+    std::string redoLabel() const;
+    void undo();
+    void redo();
+
+    // The deck differs from the one last written (a draft: from the one it
+    // was made with, so a new untouched deck is not dirty).
+    bool isDirty() const;
+    // `written` went to `package`: the document follows the package (Save
+    // As) and is clean unless it changed since `written` was copied.
+    void markSaved(const Deck& written, std::filesystem::path package);
+    // The package holds `saved` (nothing: the deck was never written), not
+    // deck(): a deck recovered after a crash opens changed.
+    void setSavedDeck(std::optional<Deck> saved);
+
+    Signal<const DeckChange&>& changed() { return changed_; }
+
+private:
+    struct Step {
+        std::string label;
+        Deck deck;  // the deck before (undo stack) or after (redo stack) the step
+        std::optional<Uuid> slide;
+        std::string mergeKey;
+        double time = 0;
+    };
+
+    Deck deck_;
+    std::optional<std::filesystem::path> package_;
+    std::function<double()> clock_;
+    std::optional<Deck> saved_;
+    std::deque<Step> undo_;
+    std::deque<Step> redo_;
+    Signal<const DeckChange&> changed_;
+};
+
+}  // namespace lectern

@@ -1,0 +1,87 @@
+#pragma once
+
+#include <cstddef>
+#include <functional>
+#include <optional>
+#include <string>
+
+#include "model/deck.h"
+
+namespace lectern::edits {
+
+// Pure changes of a deck: each takes the deck by value and returns the
+// changed one, so that DeckDocument::edit can call them and keep the old
+// value for undo. An operation that does not apply (an index outside the
+// deck, an unknown id) returns the deck unchanged. Every operation that moves
+// slides or changes their sections leaves the sections contiguous (see
+// normalizeSections).
+
+// The title of a section opened by grouping two slides.
+inline constexpr const char* newSectionTitle = "New Section";
+
+// Section members stay together after their opening slide: a slide whose
+// `sectionId` does not continue the run of the slide above it (the opener or
+// a member of the same section), or names no opening slide, leaves its
+// section. An opener keeps `isSection`.
+Deck normalizeSections(Deck deck);
+
+// A brand-new deck: a fresh id, the reading defaults, one regular slide with
+// an empty title.
+Deck newDeck();
+
+// Where "New Slide" puts a slide: right after `current` when it names a
+// slide, else at the end.
+std::size_t insertionIndex(const Deck& deck, std::int64_t current);
+
+// Inserts `slide` at `index` (clamped to the end). It joins no section.
+Deck insertSlide(Deck deck, std::size_t index, Slide slide);
+
+// Moves the slide at `from` to `to` (clamped to the last index).
+Deck moveSlide(Deck deck, std::size_t from, std::size_t to);
+
+// A copy of the slide at `index` right after it, with new ids for the slide,
+// its actions, their header rows and its decision links. A copied opener
+// becomes a plain member of the section it copied.
+// The duplicate is the slide at `index + 1` of the result.
+Deck duplicateSlide(Deck deck, std::size_t index);
+
+Deck deleteSlide(Deck deck, std::size_t index);
+
+Deck renameSlide(Deck deck, const Uuid& slide, std::string title);
+Deck toggleSkip(Deck deck, const Uuid& slide);
+Deck setLayout(Deck deck, const Uuid& slide, SlideLayout layout);
+
+// The opener stops opening a section: it and its members are in none.
+Deck removeSection(Deck deck, const Uuid& opener);
+// The slide leaves its section. An opener keeps its section for the others:
+// the next member (if any) opens it instead, with the section's title.
+Deck removeFromSection(Deck deck, const Uuid& slide);
+
+// Changes one slide in place: the way every field edit reaches the deck.
+Deck updateSlide(Deck deck, const Uuid& slide, const std::function<void(Slide&)>& change);
+
+// Where a dragged row lands: before or after the row `target`; `indented`
+// puts it into the section of the slide it then follows, otherwise into no
+// section.
+struct SlideDropEdge {
+    enum class Side { top, bottom };
+    Side side = Side::top;
+    Uuid target;
+    bool indented = false;
+    friend bool operator==(const SlideDropEdge&, const SlideDropEdge&) = default;
+};
+
+// The destination index of a drop at `edge` of the dragged slide at `from`,
+// or nothing when the drop would not move it.
+std::optional<std::size_t> dropDestination(const Deck& deck, std::size_t from, const SlideDropEdge& edge);
+
+// A dragged slide dropped at an edge: moved, then into the section of the
+// slide above it when indented, out of sections otherwise.
+Deck dropSlide(Deck deck, const Uuid& dragged, const SlideDropEdge& edge);
+
+// A dragged slide dropped on the middle of another row: it goes right after
+// that row, in that row's section; a row in no section opens a new one
+// ("New Section") holding both.
+Deck groupSlides(Deck deck, const Uuid& dragged, const Uuid& target);
+
+}  // namespace lectern::edits
