@@ -17,7 +17,15 @@ struct DeckChange {
     enum class Kind { edit, undo, redo, saved };
     Kind kind = Kind::edit;
     std::string label;           // "Move Slide": what was done, undone or redone
-    std::optional<Uuid> slide;   // the slide the edit was about, shown again on undo and redo
+    std::optional<Uuid> slide;   // the slide to show: after an edit or redo, the edit's
+                                 // slide; after an undo, the slide current before the edit
+};
+
+// The slides an edit is seen on: the one current before it (shown again
+// when it is undone) and the one to show after it (and when it is redone).
+struct EditFocus {
+    std::optional<Uuid> before;
+    std::optional<Uuid> after;
 };
 
 // One open deck: its value, its package (none for a draft never saved), its
@@ -36,12 +44,12 @@ public:
     const std::optional<std::filesystem::path>& package() const { return package_; }
     bool isDraft() const { return !package_; }
 
-    // The one way in. `change` is a pure Deck -> Deck function; `slide` is
-    // the slide the edit is about. Edits with the same non-empty mergeKey
+    // The one way in. `change` is a pure Deck -> Deck function; `focus`
+    // names the slides the edit is seen on. Edits with the same non-empty mergeKey
     // within mergeSeconds of the previous one make one undo step. Returns
     // false (and records nothing) when the deck did not change.
     bool edit(std::string label, const std::function<Deck(Deck)>& change, std::string mergeKey = {},
-              std::optional<Uuid> slide = std::nullopt);
+              EditFocus focus = {});
 
     bool canUndo() const { return !undo_.empty(); }
     bool canRedo() const { return !redo_.empty(); }
@@ -67,7 +75,7 @@ private:
     struct Step {
         std::string label;
         Deck deck;  // the deck before (undo stack) or after (redo stack) the step
-        std::optional<Uuid> slide;
+        EditFocus focus;
         std::string mergeKey;
         double time = 0;
     };
