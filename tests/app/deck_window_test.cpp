@@ -351,7 +351,7 @@ TEST_F(DeckWindowTest, ActionsMadeInTheWindowAreTrustedAtOnce) {
     DeckWindow& window = open(deck);
     Deck edited = window.deck();
     edited.slides[0].actions.push_back(refusedRequest("Mine", true));
-    window.setDeck(edited);
+    window.editor().edit("Add Action", [&](Deck) { return edited; });
     window.state().togglePresenting();
     pumpFor(0.3);
     EXPECT_EQ(window.trustReview(), nullptr);

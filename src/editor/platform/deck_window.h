@@ -10,48 +10,59 @@
 #include <string>
 
 #include "base/platform/gobject_ref.h"
-#include "present/platform/trust_review.h"
+#include "base/scheduler.h"
+#include "base/worker.h"
+#include "editor/autosaver.h"
+#include "editor/deck_document.h"
+#include "editor/deck_editor.h"
 #include "model/deck.h"
 #include "model/preferences_store.h"
-#include "present/action_trust.h"
+#include "present/platform/trust_review.h"
 #include "present/presentation_state.h"
 #include "present/presenter_hud.h"
-#include "base/scheduler.h"
 #include "slides/slide_painter.h"
 
 namespace lectern {
 
+class BrowserProfilesWindow;
+class EditorLayout;
 class HudBar;
 class OverviewGrid;
 class PresenterPanel;
+class PresentingStage;
+class RecoveryStore;
+class SlideNavigator;
 class StageView;
 class WebCard;
 class WebCheckSheet;
-class BrowserProfilesWindow;
 
-// The window of one open deck, with its own presentation state. In the
-// editor it shows a header bar, the stage and the presenter notes; while the
-// editor is closed, the stage alone (full screen while presenting). It
-// hosts the overview grid, the presenter HUD, the presenter panel and the
-// consent sheet for actions made elsewhere. Closing it ends its timer, its
-// panel and its automatic runs.
+// The window of one open deck: its document, its presentation state and
+// the editor around the stage. In the editor it shows a header bar, the
+// navigator, the stage and the presenter notes; while the editor is closed,
+// the stage alone (full screen while presenting). It hosts the overview
+// grid, the presenter HUD, the presenter panel, the consent sheet for
+// actions made elsewhere and the confirmations of deleting and closing.
 class DeckWindow : public Gtk::ApplicationWindow, public PresentationWindow {
 public:
-    DeckWindow(Scheduler& scheduler, PreferencesStore& preferences, Deck deck,
-               std::optional<std::filesystem::path> package);
+    // A deck read from `package` (none: a draft never saved). `recovered`:
+    // the deck comes from a recovery copy and differs from what the package
+    // (if any) holds.
+    DeckWindow(Scheduler& scheduler, PreferencesStore& preferences, std::shared_ptr<RecoveryStore> recovery,
+               Deck deck, std::optional<std::filesystem::path> package, bool recovered = false);
     ~DeckWindow() override;
 
     PresentationState& state() { return *state_; }
-    const Deck& deck() const { return deck_; }
-    const std::optional<std::filesystem::path>& package() const { return package_; }
-    // The deck after an edit: actions the presenter made are trusted at once,
-    // the current slide stays in range, and automatic runs follow.
-    void setDeck(Deck deck);
-    // A change the presenter made: the deck as setDeck() makes it, saved to
-    // its package a moment later (changes made together save once).
-    void editDeck(Deck deck);
-    // Writes a change not yet saved now; false (with a message in the
-    // window) when that failed and the change is still only here.
+    DeckDocument& document() { return *document_; }
+    DeckEditor& editor() { return *editor_; }
+    const Deck& deck() const { return document_->deck(); }
+    const std::optional<std::filesystem::path>& package() const { return document_->package(); }
+
+    // Ctrl+S: writes the deck now; a draft first asks where.
+    void save();
+    // "Save As…": a new package, which the window follows.
+    void saveAs();
+    // Waits for a save under way and writes what is left; false (with a
+    // message in the window) when the change is still only here.
     bool saveNow();
 
     // The deck's browser profiles window ("Browser Profiles…") while shown.
@@ -65,18 +76,24 @@ public:
     // The deck's theme, accent and title, as every slide picture needs them.
     SlidePaintOptions paintOptions() const;
 
-    StageView& stage() { return *stage_; }
+    PresentingStage& presentingStage() { return *stage_; }
+    StageView& stage();
     // The live page of the current web slide.
-    WebCard& webCard() { return *webCard_; }
+    WebCard& webCard();
+    OverviewGrid& overview();
+    HudBar& hud();
+    SlideNavigator& navigator() { return *navigator_; }
+    EditorLayout& layout() { return *layout_; }
     // Names this window to the web prefetcher and the profiles register.
-    const Uuid& windowId() const { return windowId_; }
-    OverviewGrid& overview() { return *overview_; }
-    HudBar& hud() { return *hud_; }
+    const Uuid& windowId() const { return state_->windowId(); }
     PresenterPanel* presenterPanel() { return panel_.get(); }
     // The web slide check while it is shown.
     WebCheckSheet* webCheck() { return webCheck_.get(); }
     // The consent sheet while it is shown.
     AdwMessageDialog* trustReview() const { return trustReview_.dialog(); }
+    // "Delete this slide?" and "Save changes to …?" while shown.
+    AdwMessageDialog* deleteConfirmation() const { return deleteDialog_.get(); }
+    AdwMessageDialog* closeConfirmation() const { return closeDialog_.get(); }
     PresenterHud& hudController() { return hudController_; }
 
     void toggleFullScreen() override;
@@ -85,69 +102,65 @@ private:
     void buildContent();
     GtkWidget* buildHeaderBar();
     void buildActions();
-    // Enables each command that can act now; the others are greyed out.
+    // Enables each command that can act now and sets the toggles' states.
     void updateActions();
+    void deckChanged(const DeckChange& change);
     void stateChanged(PresentationField field);
-    void showCurrentSlide();
-    // The prefetcher's wish list of this window, then the live page.
-    void refreshWebPages();
-    void placeWebCard(Gdk::Rectangle& allocation);
-    void setCurrentWebZoom(double zoom);
     std::string windowTitle() const;
     void sizeToScreen();
+    void refreshTitle();
     void refreshChrome();
-    void refreshNotes();
     void refreshCounter();
+    void refreshUndoLabels();
     void refreshPresenterPanel();
     void refreshTrustReview();
     void refreshWebCheck();
-    Status writePackage();
+    void refreshDeleteConfirmation();
+    void deleteCurrentSlide();
+    void askWhereToSave(std::function<void(bool saved)> then);
+    void confirmClose();
     bool on_close_request() override;
     void showBrowserProfiles();
     void refreshBrowserProfiles();
 
-    Uuid windowId_ = Uuid::random();
     Scheduler& scheduler_;
     PreferencesStore& preferences_;
-    Deck deck_;
-    std::optional<std::filesystem::path> package_;
-    MadeElsewhereTracker madeElsewhere_;
+    std::unique_ptr<DeckDocument> document_;
     std::unique_ptr<PresentationState> state_;
+    std::unique_ptr<DeckEditor> editor_;
+    ThreadWorker worker_;
+    std::unique_ptr<Autosaver> autosaver_;
     PresenterHud hudController_;
 
     // Widgets, owned by the window's widget tree.
     GObjectRef<GtkWidget> header_;
     GObjectRef<AdwToastOverlay> toasts_;
     GObjectRef<AdwWindowTitle> title_;
-    Gtk::Stack* pages_ = nullptr;
-    StageView* stage_ = nullptr;
-    WebCard* webCard_ = nullptr;
-    Glib::RefPtr<Gtk::CssProvider> webCardStyle_;
-    double webCardRadius_ = -1;
-    HudBar* hud_ = nullptr;
-    OverviewGrid* overview_ = nullptr;
-    Gtk::Revealer* notesRevealer_ = nullptr;
-    Gtk::Label* notesText_ = nullptr;
+    PresentingStage* stage_ = nullptr;
+    SlideNavigator* navigator_ = nullptr;
+    EditorLayout* layout_ = nullptr;
     Gtk::Label* counter_ = nullptr;
+    Gtk::Button* undoButton_ = nullptr;
+    Gtk::Button* redoButton_ = nullptr;
     Gtk::ToggleButton* notesToggle_ = nullptr;
-    Gtk::ToggleButton* overviewToggle_ = nullptr;
-    Gtk::ToggleButton* panelToggle_ = nullptr;
+    Glib::RefPtr<Gio::Menu> editMenu_;
 
     std::map<std::string, Glib::RefPtr<Gio::SimpleAction>> actions_;
+    bool sidebarVisible_ = true;
     std::unique_ptr<PresenterPanel> panel_;
     std::unique_ptr<WebCheckSheet> webCheck_;
     std::unique_ptr<BrowserProfilesWindow> profilesWindow_;
-    Signal<const std::optional<Uuid>&>::Connection clearedConnection_;
-    Scheduler::TimerId saveTimer_ = 0;
-    bool unsaved_ = false;               // an edit the package does not have yet
-    bool warnedOfFailedSave_ = false;    // closing again discards it
+    Glib::RefPtr<Gtk::FileChooserNative> saveDialog_;
+    GObjectRef<AdwMessageDialog> deleteDialog_;
+    GObjectRef<AdwMessageDialog> closeDialog_;
+    bool closing_ = false;            // the close was confirmed or needs no question
+    bool warnedOfFailedSave_ = false;  // closing again discards the change
     TrustReview trustReview_;
     bool wasFullScreen_ = false;
+    Signal<const std::optional<Uuid>&>::Connection clearedConnection_;
+    Signal<const DeckChange&>::Connection deckConnection_;
     Signal<PresentationField>::Connection stateConnection_;
-    Signal<bool>::Connection hudHoverConnection_;
-    Signal<const std::string&>::Connection cardConnection_;
-    Signal<std::int64_t>::Connection tileConnection_;
-    Signal<double>::Connection webZoomConnection_;
+    Signal<const Error&>::Connection saveFailedConnection_;
 };
 
 }  // namespace lectern

@@ -5,9 +5,33 @@ namespace lectern {
 // Ctrl+Left and Ctrl+Right are also what the window's key monitor does with
 // those keys, so either may take them: both move by whole slides.
 
+const std::vector<DeckCommand>& fileCommands() {
+    static const std::vector<DeckCommand> commands{
+        {"app.new-deck", "New Deck", {"<Control>n"}},
+        {"app.open", "Open…", {"<Control>o"}},
+        {"win.save", "Save", {"<Control>s"}},
+        {"win.save-as", "Save As…", {"<Shift><Control>s"}},
+    };
+    return commands;
+}
+
+const std::vector<DeckCommand>& editCommands() {
+    static const std::vector<DeckCommand> commands{
+        {"win.undo", "Undo", {"<Control>z"}},
+        {"win.redo", "Redo", {"<Shift><Control>z", "<Control>y"}},
+        {"win.toggle-sidebar", "Toggle Sidebar", {"F9"}},
+    };
+    return commands;
+}
+
 const std::vector<DeckCommand>& slideCommands() {
     static const std::vector<DeckCommand> commands{
         {"win.new-slide", "New Slide", {"<Shift><Control>n"}},
+        {"win.duplicate-slide", "Duplicate", {"<Control>d"}},
+        {"win.rename-slide", "Rename", {}},
+        {"win.move-slide-up", "Move Up", {}},
+        {"win.move-slide-down", "Move Down", {}},
+        {"win.toggle-skip", "Skip in Presentation", {}},
         {"win.delete-slide", "Delete Slide…", {"<Shift><Control>Delete"}},
     };
     return commands;
@@ -38,7 +62,6 @@ const std::vector<DeckCommand>& presentationCommands() {
 
 const std::vector<DeckCommand>& applicationCommands() {
     static const std::vector<DeckCommand> commands{
-        {"app.open", "Open…", {"<Control>o"}},
         {"app.check-for-updates", "Check for Updates…", {}},
         {"app.about", "About Lectern", {}},
         {"app.quit", "Quit", {"<Control>q"}},

@@ -13,6 +13,11 @@ struct DeckCommand {
     std::vector<std::string> accelerators;
 };
 
+// New, open and save, in menu order.
+const std::vector<DeckCommand>& fileCommands();
+// Undo, redo and the sidebar (the menu labels undo and redo with what they
+// take back).
+const std::vector<DeckCommand>& editCommands();
 // The "Slide" menu, in menu order.
 const std::vector<DeckCommand>& slideCommands();
 // The "Presentation" menu, in menu order.

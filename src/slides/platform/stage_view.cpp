@@ -35,6 +35,7 @@ StageView::StageView() {
     click->signal_released().connect([this](int presses, double x, double y) {
         if (presses != 1 || !slide_) return;
         if (auto card = cardAt(x, y)) {
+            cardChosen_.emit(*card);
             const std::string target = slide_->links[*card].targetId;
             if (!target.empty()) cardClicked_.emit(target);
         }
@@ -67,6 +68,12 @@ void StageView::show(const Slide* slide, std::int64_t revealIndex, const SlidePa
     }
     if (slide) slide_ = *slide; else slide_.reset();
     if (animation_.isRunning(monotonicSeconds())) startTicking();
+    queue_draw();
+}
+
+void StageView::setSelectedCard(std::optional<Uuid> link) {
+    if (selectedCard_ == link) return;
+    selectedCard_ = std::move(link);
     queue_draw();
 }
 
@@ -139,6 +146,7 @@ void StageView::draw(const Cairo::RefPtr<Cairo::Context>& cr, int width, int hei
         SlidePaintOptions options = options_;
         options.stepAppearance = animation_.values(monotonicSeconds());
         SlidePainter::paint(cr->cobj(), *slide_, options, area.width, area.height);
+        drawSelectedCard(cr, area);
     } else {
         // No slide at the current index (an empty deck).
         ThemeStyle style = ThemeStyle::of(options_.theme);
@@ -158,6 +166,21 @@ void StageView::draw(const Cairo::RefPtr<Cairo::Context>& cr, int width, int hei
     }
     cr->restore();
     drawn_.emit();
+}
+
+void StageView::drawSelectedCard(const Cairo::RefPtr<Cairo::Context>& cr, const Rect& area) {
+    if (!selectedCard_ || !slide_ || slide_->layout != SlideLayout::decisions) return;
+    auto fit = SlidePainter::fit(area.width, area.height);
+    for (const auto& [id, rect] : SlidePainter::geometry(*slide_, options_).cards) {
+        if (id != *selectedCard_) continue;
+        // A ring in the system's selection colour, just outside the card.
+        Rect ring{fit.offsetX + rect.x * fit.scale - 3, fit.offsetY + rect.y * fit.scale - 3,
+                  rect.width * fit.scale + 6, rect.height * fit.scale + 6};
+        roundedRectangle(cr, ring, 10);
+        cr->set_source_rgb(0.21, 0.52, 0.89);
+        cr->set_line_width(3);
+        cr->stroke();
+    }
 }
 
 void StageView::startTicking() {

@@ -52,12 +52,18 @@ public:
 
     // A shown card with a target was clicked: the target's id text.
     Signal<const std::string&>& cardClicked() { return cardClicked_; }
+    // Any shown card was clicked: its index in the slide's links.
+    Signal<std::size_t>& cardChosen() { return cardChosen_; }
+    // The card drawn as selected (the editor's), by its link id.
+    void setSelectedCard(std::optional<Uuid> link);
+    const std::optional<Uuid>& selectedCard() const { return selectedCard_; }
     // Emitted at the end of every draw of the stage.
     Signal<>& drawn() { return drawn_; }
 
 private:
     Rect slideArea(double width, double height) const;
     void draw(const Cairo::RefPtr<Cairo::Context>& context, int width, int height);
+    void drawSelectedCard(const Cairo::RefPtr<Cairo::Context>& cr, const Rect& area);
     void startTicking();
     static double monotonicSeconds();
 
@@ -66,7 +72,9 @@ private:
     RevealAnimation animation_;
     bool framed_ = true;
     guint tick_ = 0;
+    std::optional<Uuid> selectedCard_;
     Signal<const std::string&> cardClicked_;
+    Signal<std::size_t> cardChosen_;
     Signal<> drawn_;
 };
 

@@ -1,0 +1,67 @@
+#pragma once
+
+#include <gtkmm.h>
+
+#include <cstdint>
+#include <string>
+
+#include "base/scheduler.h"
+#include "base/signal.h"
+#include "editor/deck_editor.h"
+#include "present/presenter_hud.h"
+#include "slides/slide_painter.h"
+
+namespace lectern {
+
+class HudBar;
+class OverviewGrid;
+class StageView;
+class WebCard;
+
+// The deck window's stage: the current slide, the live page over a web
+// slide's media area, the presenter HUD, and the overview grid that takes
+// the stage's place. The same widget serves the editor (framed, everything
+// revealed, a click on a card selects it) and the talk (filling the window,
+// step by step, a click on a card jumps).
+class PresentingStage : public Gtk::Stack {
+public:
+    PresentingStage(DeckEditor& editor, Scheduler& scheduler, PresenterHud& hudController);
+    ~PresentingStage() override;
+
+    // The deck's theme, accent and title, as every slide picture needs them.
+    SlidePaintOptions paintOptions() const;
+
+    // Shows the current slide as the state and deck say now.
+    void showCurrentSlide();
+    // The live page of the current web slide, after the wish list changed.
+    void refreshWebPage();
+    // Follows the editor opening or closing, and the overview.
+    void refreshChrome();
+    void refreshOverview();
+
+    StageView& stage() { return *stage_; }
+    WebCard& webCard() { return *webCard_; }
+    OverviewGrid& overview() { return *overview_; }
+    HudBar& hud() { return *hud_; }
+
+private:
+    void placeWebCard(Gdk::Rectangle& allocation);
+    void setCurrentWebZoom(double zoom);
+
+    DeckEditor& editor_;
+    PresentationState& state_;
+    PresenterHud& hudController_;
+    StageView* stage_ = nullptr;
+    WebCard* webCard_ = nullptr;
+    HudBar* hud_ = nullptr;
+    OverviewGrid* overview_ = nullptr;
+    Glib::RefPtr<Gtk::CssProvider> webCardStyle_;
+    double webCardRadius_ = -1;
+    Signal<bool>::Connection hudHoverConnection_;
+    Signal<const std::string&>::Connection cardConnection_;
+    Signal<std::size_t>::Connection cardChosenConnection_;
+    Signal<std::int64_t>::Connection tileConnection_;
+    Signal<double>::Connection webZoomConnection_;
+};
+
+}  // namespace lectern
