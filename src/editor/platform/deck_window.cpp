@@ -101,6 +101,7 @@ DeckWindow::DeckWindow(Scheduler& scheduler, PreferencesStore& preferences, std:
     deckConnection_ = editor_->deckChanged().connect([this](const DeckChange& change) { deckChanged(change); });
     stateConnection_ = state_->changed().connect([this](PresentationField field) { stateChanged(field); });
     stage_->showCurrentSlide();
+    refreshTitle();
     refreshChrome();
     refreshCounter();
     refreshUndoLabels();

@@ -28,7 +28,7 @@ const std::vector<DeckCommand>& slideCommands() {
     static const std::vector<DeckCommand> commands{
         {"win.new-slide", "New Slide", {"<Shift><Control>n"}},
         {"win.duplicate-slide", "Duplicate", {"<Control>d"}},
-        {"win.rename-slide", "Rename", {}},
+        {"win.rename-slide", "Rename", {"F2"}},
         {"win.move-slide-up", "Move Up", {}},
         {"win.move-slide-down", "Move Down", {}},
         {"win.toggle-skip", "Skip in Presentation", {}},
