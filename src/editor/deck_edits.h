@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <functional>
 #include <optional>
 #include <string>
@@ -33,10 +34,16 @@ Deck newDeck();
 // slide, else at the end.
 std::size_t insertionIndex(const Deck& deck, std::int64_t current);
 
-// Inserts `slide` at `index` (clamped to the end). It joins no section.
+// Inserts `slide` at `index` (clamped to the end). It joins no section,
+// unless it lands between two slides of one section (the one below a member,
+// not an opener): then it joins that section, which would otherwise be cut.
 Deck insertSlide(Deck deck, std::size_t index, Slide slide);
 
-// Moves the slide at `from` to `to` (clamped to the last index).
+// Moves the slide at `from` to `to` (clamped to the last index). It keeps its
+// section while it stays in that section's run; a slide other than an opener
+// landing between two slides of one section joins it, as inserted ones do.
+// A member moved out of its run leaves its section, and so do members that
+// no longer follow their opener.
 Deck moveSlide(Deck deck, std::size_t from, std::size_t to);
 
 // A copy of the slide at `index` right after it, with new ids for the slide,
@@ -45,6 +52,8 @@ Deck moveSlide(Deck deck, std::size_t from, std::size_t to);
 // The duplicate is the slide at `index + 1` of the result.
 Deck duplicateSlide(Deck deck, std::size_t index);
 
+// Removes the slide at `index`. An opener hands its section to its first
+// member first (see removeFromSection).
 Deck deleteSlide(Deck deck, std::size_t index);
 
 Deck renameSlide(Deck deck, const Uuid& slide, std::string title);
@@ -54,7 +63,9 @@ Deck setLayout(Deck deck, const Uuid& slide, SlideLayout layout);
 // The opener stops opening a section: it and its members are in none.
 Deck removeSection(Deck deck, const Uuid& opener);
 // The slide leaves its section. An opener keeps its section for the others:
-// the next member (if any) opens it instead, with the section's title.
+// the next member (if any) opens it instead, with the section's title. A
+// member from the middle of its section moves to just after the section's
+// last member, so the members below it stay in the section.
 Deck removeFromSection(Deck deck, const Uuid& slide);
 
 // Changes one slide in place: the way every field edit reaches the deck.
@@ -75,13 +86,16 @@ struct SlideDropEdge {
 // or nothing when the drop would not move it.
 std::optional<std::size_t> dropDestination(const Deck& deck, std::size_t from, const SlideDropEdge& edge);
 
-// A dragged slide dropped at an edge: moved, then into the section of the
-// slide above it when indented, out of sections otherwise.
+// A dragged slide dropped at an edge: moved (see dropDestination), then into
+// the section of the slide above it when indented and that slide is in one
+// (an opener hands its own section on first, see removeFromSection), out of
+// sections otherwise, where an opener keeps opening its own. The section
+// changes apply even when the drop does not move the slide.
 Deck dropSlide(Deck deck, const Uuid& dragged, const SlideDropEdge& edge);
 
 // A dragged slide dropped on the middle of another row: it goes right after
 // that row, in that row's section; a row in no section opens a new one
-// ("New Section") holding both.
+// ("New Section") holding both. A dragged opener hands its section on first.
 Deck groupSlides(Deck deck, const Uuid& dragged, const Uuid& target);
 
 }  // namespace lectern::edits

@@ -47,9 +47,9 @@ private:
     std::map<Uuid, double> lastTap_;
 };
 
-// What a row shows and reads: "03 Title" (the number two digits at least,
-// "Untitled slide" for an empty title) and, for a skipped slide, ", skipped
-// in presentation" for a screen reader.
+// What a row shows and reads: "03 Title" (the number 1-based, two digits at
+// least, "Untitled slide" for an empty or blank title) and, for a skipped
+// slide, ", skipped in presentation" for a screen reader.
 std::string navigatorRowNumber(std::size_t index);
 std::string navigatorRowTitle(const Slide& slide);
 std::string navigatorRowAccessibleName(std::size_t index, const Slide& slide);

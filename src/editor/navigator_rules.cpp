@@ -1,0 +1,90 @@
+#include "editor/navigator_rules.h"
+
+#include <algorithm>
+
+namespace lectern {
+namespace {
+
+// Share of a row's height above and below its group band.
+constexpr double bandInset = 0.35;
+// How far right of a row's left edge the pointer must be to drop into the
+// row's section.
+constexpr double indentPoints = 30;
+
+bool contains(const NavigatorRowFrame& row, double x, double y) {
+    // Half-open, so a point on the line between two rows belongs to one.
+    return x >= row.x && x < row.x + row.width && y >= row.y && y < row.y + row.height;
+}
+
+bool isUntitled(const Slide& slide) {
+    return std::all_of(slide.title.begin(), slide.title.end(),
+                       [](char c) { return c == ' ' || c == '\t' || c == '\n' || c == '\r'; });
+}
+
+}  // namespace
+
+NavigatorDropTarget navigatorDropTarget(const std::vector<NavigatorRowFrame>& rows, const Uuid& dragged, double x,
+                                        double y) {
+    auto row = std::find_if(rows.begin(), rows.end(), [&](const NavigatorRowFrame& frame) {
+        return frame.slide != dragged && contains(frame, x, y);
+    });
+    if (row == rows.end()) return std::monostate{};
+    double inset = row->height * bandInset;
+    if (y >= row->y + inset && y <= row->y + row->height - inset) return NavigatorGroupTarget{row->slide};
+    bool indented = x > row->x + indentPoints;
+    auto side = y < row->y + row->height / 2 ? edits::SlideDropEdge::Side::top : edits::SlideDropEdge::Side::bottom;
+    return edits::SlideDropEdge{side, row->slide, indented};
+}
+
+Deck applyDrop(Deck deck, const Uuid& dragged, const NavigatorDropTarget& target) {
+    if (const auto* edge = std::get_if<edits::SlideDropEdge>(&target)) {
+        return edits::dropSlide(std::move(deck), dragged, *edge);
+    }
+    if (const auto* group = std::get_if<NavigatorGroupTarget>(&target)) {
+        return edits::groupSlides(std::move(deck), dragged, group->target);
+    }
+    return deck;
+}
+
+bool RenameTaps::tap(const Uuid& slide, double time) {
+    auto [it, first] = lastTap_.try_emplace(slide, time);
+    if (first) return false;
+    double since = time - it->second;
+    it->second = time;
+    return since >= 0 && since < doubleTapSeconds;
+}
+
+std::string navigatorRowNumber(std::size_t index) {
+    std::string number = std::to_string(index + 1);
+    if (number.size() < 2) number.insert(0, 2 - number.size(), '0');
+    return number;
+}
+
+std::string navigatorRowTitle(const Slide& slide) { return isUntitled(slide) ? "Untitled slide" : slide.title; }
+
+std::string navigatorRowAccessibleName(std::size_t index, const Slide& slide) {
+    std::string name = navigatorRowNumber(index) + " " + navigatorRowTitle(slide);
+    if (slide.isSkipped) name += ", skipped in presentation";
+    return name;
+}
+
+std::string deleteSlideMessage(const Slide* current) {
+    // Deleting is one undo step like any edit, so the message says how to
+    // get the slide back.
+    if (!current) return "No slide is selected, so nothing can be deleted from the menu.";
+    if (isUntitled(*current)) return "This untitled slide will be removed from the deck. You can undo this with Ctrl+Z.";
+    return "“" + current->title + "” will be removed from the deck. You can undo this with Ctrl+Z.";
+}
+
+const std::vector<LayoutChoice>& layoutChoices() {
+    static const std::vector<LayoutChoice> choices{
+        {SlideLayout::regular, "Regular", "Title, eyebrow, body"},
+        {SlideLayout::callout, "Callout", "Big centred title"},
+        {SlideLayout::decisions, "Decisions", "Branching decision cards"},
+        {SlideLayout::web, "Web", "Live webpage, any position"},
+        {SlideLayout::image, "Image", "Embedded image, any position"},
+    };
+    return choices;
+}
+
+}  // namespace lectern
