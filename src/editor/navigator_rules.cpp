@@ -69,11 +69,9 @@ std::string navigatorRowAccessibleName(std::size_t index, const Slide& slide) {
 }
 
 std::string deleteSlideMessage(const Slide* current) {
-    // Deleting is one undo step like any edit, so the message says how to
-    // get the slide back.
-    if (!current) return "No slide is selected, so nothing can be deleted from the menu.";
-    if (isUntitled(*current)) return "This untitled slide will be removed from the deck. You can undo this with Ctrl+Z.";
-    return "“" + current->title + "” will be removed from the deck. You can undo this with Ctrl+Z.";
+    if (!current) return "This can't be undone from the main menu.";
+    if (isUntitled(*current)) return "This untitled slide will be removed from the deck. This can't be undone.";
+    return "“" + current->title + "” will be removed from the deck. This can't be undone.";
 }
 
 const std::vector<LayoutChoice>& layoutChoices() {
