@@ -34,8 +34,33 @@ void BM_UndoRedo1000(benchmark::State& state) {
         document.redo();
     }
 }
-BENCHMARK(BM_UndoRedo1000)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_UndoRedo1000)->Unit(benchmark::kMicrosecond);
 
+void BM_Compare1000(benchmark::State& state) {
+    Deck a = talk(), b = talk();
+    for (auto _ : state) benchmark::DoNotOptimize(a == b);
+}
+BENCHMARK(BM_Compare1000)->Unit(benchmark::kMillisecond);
+
+void BM_Copy1000(benchmark::State& state) {
+    for (auto _ : state) { Deck copy = talk(); benchmark::DoNotOptimize(copy); }
+}
+BENCHMARK(BM_Copy1000)->Unit(benchmark::kMillisecond);
+
+// One keystroke in a slide's title: merged into the typing step.
+void BM_Keystroke1000(benchmark::State& state) {
+    DeckDocument document(talk(), std::nullopt, [] { return 0.0; });
+    int round = 0;
+    for (auto _ : state) {
+        document.edit("Typing", [&](Deck deck) {
+            deck.slides[500].title = std::to_string(++round);
+            return deck;
+        }, "title");
+    }
+}
+BENCHMARK(BM_Keystroke1000)->Unit(benchmark::kMillisecond);
+
+// An edit that makes a new undo step (the history keeps a whole deck more).
 void BM_Edit1000(benchmark::State& state) {
     DeckDocument document(talk(), std::nullopt, [] { return 0.0; });
     int round = 0;
