@@ -158,10 +158,8 @@ std::string DeckWindow::windowTitle() const {
 void DeckWindow::refreshTitle() {
     std::string title = windowTitle();
     set_title(title);
-    // The subtitle names the package; a draft says so, and unsaved changes
-    // are marked the GNOME way.
+    // The subtitle names the package; a draft says so.
     std::string subtitle = package() ? package()->filename().string() : "Draft";
-    if (document_->isDirty() && package()) subtitle = "• " + subtitle;
     adw_window_title_set_title(title_.get(), title.c_str());
     adw_window_title_set_subtitle(title_.get(), subtitle.c_str());
 }
