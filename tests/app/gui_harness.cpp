@@ -134,6 +134,35 @@ void click(Gtk::Widget& widget, double x, double y) {
     pumpFor(0.15);
 }
 
+void doubleClick(Gtk::Widget& widget, double x, double y, double seconds) {
+    movePointer(widget, x, y);
+    runProgram({"xdotool", "click", "--repeat", "2", "--delay", std::to_string(static_cast<int>(seconds * 1000)), "1"});
+    pumpFor(0.15);
+}
+
+void drag(Gtk::Widget& widget, double fromX, double fromY, double toX, double toY) {
+    movePointer(widget, fromX, fromY);
+    runProgram({"xdotool", "mousedown", "1"});
+    pumpFor(0.05);
+    const int steps = 12;
+    for (int i = 1; i <= steps; ++i) {
+        double t = static_cast<double>(i) / steps;
+        auto [sx, sy] = surfacePoint(widget, fromX + (toX - fromX) * t, fromY + (toY - fromY) * t);
+        auto* window = dynamic_cast<Gtk::Window*>(widget.get_root());
+        runProgram({"xdotool", "mousemove", "--window", windowId(*window), std::to_string(sx), std::to_string(sy)});
+        pumpFor(0.03);
+    }
+    pumpFor(0.1);
+    runProgram({"xdotool", "mouseup", "1"});
+    pumpFor(0.2);
+}
+
+void typeText(Gtk::Window& window, const std::string& text) {
+    focus(window);
+    runProgram({"xdotool", "type", "--delay", "20", text});
+    pumpFor(0.15);
+}
+
 void screenshot(const std::string& name) {
     pumpFor(0.3);  // let transitions settle
     std::filesystem::path folder = LECTERN_ARTIFACTS_DIR;

@@ -39,6 +39,13 @@ void pressKeys(Gtk::Window& window, const std::vector<std::string>& keys);
 // Moves the pointer to a point of a widget (its own coordinates), and clicks.
 void movePointer(Gtk::Widget& widget, double x, double y);
 void click(Gtk::Widget& widget, double x, double y);
+// Two clicks `seconds` apart at a point of a widget, as a double click.
+void doubleClick(Gtk::Widget& widget, double x, double y, double seconds = 0.1);
+// Presses the first button at one point of a widget, moves to another in
+// small steps as a hand does, and releases it there: a drag and drop.
+void drag(Gtk::Widget& widget, double fromX, double fromY, double toX, double toY);
+// Types text into the window that has the focus.
+void typeText(Gtk::Window& window, const std::string& text);
 
 // Runs a program to its end and returns its exit status (-1 if it could not
 // start); its output goes to `output` when given.
