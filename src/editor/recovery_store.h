@@ -18,6 +18,8 @@ struct RecoveryEntry {
     std::optional<std::filesystem::path> package;  // where the deck lives; none for a draft
     std::string title;                             // what the start window shows
     std::int64_t savedAtUnix = 0;                  // when the copy was written
+
+    friend bool operator==(const RecoveryEntry&, const RecoveryEntry&) = default;
 };
 
 // Copies of drafts and unsaved changes, one package per deck under `root`

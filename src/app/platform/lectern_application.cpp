@@ -1,6 +1,7 @@
 #include "app/platform/lectern_application.h"
 
 #include <adwaita.h>
+#include <stdlib.h>
 
 #include "app/platform/app_style.h"
 #include "present/platform/deck_commands.h"
@@ -11,6 +12,7 @@
 #include "app/platform/start_window.h"
 #include "app/platform/window_keeper.h"
 #include "model/deck_package.h"
+#include "model/file_io.h"
 
 namespace lectern {
 
@@ -20,6 +22,54 @@ std::filesystem::path comparable(const std::filesystem::path& path) {
     std::error_code error;
     auto canonical = std::filesystem::weakly_canonical(path, error);
     return error ? path.lexically_normal() : canonical;
+}
+
+// Adds an opened deck to the desktop's recent files, where the start window
+// and file choosers find it. Described in full, so that it is listed at once
+// rather than after its type is looked up, and under Lectern's own name
+// whatever the program was started as.
+void rememberRecent(const std::filesystem::path& package) {
+    char* uri = g_filename_to_uri(std::filesystem::absolute(package).c_str(), nullptr, nullptr);
+    if (!uri) return;
+    Gtk::RecentManager::Data data;
+    data.display_name = package.stem().string();
+    data.mime_type = "inode/directory";
+    data.app_name = "Lectern";
+    data.app_exec = "lectern %u";
+    data.is_private = false;
+    Gtk::RecentManager::get_default()->add_item(uri, data);
+    g_free(uri);
+}
+
+// The example deck that comes with Lectern: the source tree's, or the one
+// LECTERN_EXAMPLE_DECK names.
+std::filesystem::path exampleDeck() {
+    const char* chosen = g_getenv("LECTERN_EXAMPLE_DECK");
+    std::filesystem::path source = chosen && *chosen ? chosen : LECTERN_EXAMPLE_DECK;
+    source = source.lexically_normal();
+    return source.has_filename() ? source : source.parent_path();  // "Welcome.lectern/"
+}
+
+// The user's copy of the example in $XDG_DATA_HOME/lectern/, made when there
+// is none yet. The copy is put together under a hidden temporary name and
+// renamed into place, so that one cut short never passes for the user's.
+Result<std::filesystem::path> exampleCopy(const std::filesystem::path& source) {
+    namespace fs = std::filesystem;
+    const fs::path copy = fs::path(g_get_user_data_dir()) / "lectern" / source.filename();
+    std::error_code ec;
+    if (fs::exists(fs::symlink_status(copy, ec))) return copy;  // kept as it is, with the user's changes
+    if (!fs::is_directory(source, ec)) return Error{"no example deck", ErrorKind::fileReadNoSuchFile};
+    fs::create_directories(copy.parent_path(), ec);
+    std::string partial = (copy.parent_path() / ("." + source.filename().string() + ".copying-XXXXXX")).string();
+    if (!::mkdtemp(partial.data())) return writeError(copy, errno);
+    fs::copy(source, partial, fs::copy_options::recursive, ec);
+    if (!ec) fs::rename(partial, copy, ec);
+    if (ec) {
+        std::error_code ignored;
+        fs::remove_all(partial, ignored);
+        return writeError(copy, ec.value());
+    }
+    return copy;
 }
 
 }  // namespace
@@ -52,6 +102,18 @@ void LecternApplication::on_startup() {
     windowKeeper_ = std::make_unique<WindowKeeper>(gobj());
     add_action("open", [this] { showOpenDialog(); });
     add_action("about", [this] { showAbout(); });
+    add_action("open-example", [this] { openExampleDeck(); });
+    add_action_with_parameter("open-recent", Glib::VARIANT_TYPE_STRING, [this](const Glib::VariantBase& path) {
+        openDeck(std::filesystem::path(Glib::VariantBase::cast_dynamic<Glib::Variant<std::string>>(path).get()));
+    });
+    add_action_with_parameter("discard-recovery", Glib::VARIANT_TYPE_STRING, [this](const Glib::VariantBase& id) {
+        auto deckId = Uuid::parse(Glib::VariantBase::cast_dynamic<Glib::Variant<std::string>>(id).get());
+        if (!deckId) return;
+        recoveryStore_.remove(*deckId);
+        for (auto* window : get_windows()) {
+            if (auto* start = dynamic_cast<StartWindow*>(window)) start->refresh();
+        }
+    });
     add_action("quit", [this] {
         // The deck windows and the start window close; each takes its own
         // panels, sheets and dialogs down with it. Held meanwhile, as
@@ -123,7 +185,20 @@ DeckWindow* LecternApplication::openDeck(const std::filesystem::path& package) {
         showError(openErrorMessage(package, deck.error()));
         return nullptr;
     }
+    rememberRecent(wanted);
     return openDeck(std::move(deck).value(), wanted);
+}
+
+DeckWindow* LecternApplication::openExampleDeck() {
+    const auto source = exampleDeck();
+    auto copy = exampleCopy(source);
+    if (!copy) {
+        // A failed copy says so in its own words; a missing example as any deck would.
+        showError(copy.error().kind == ErrorKind::fileWrite ? copy.error().message
+                                                            : openErrorMessage(source, copy.error()));
+        return nullptr;
+    }
+    return openDeck(*copy);
 }
 
 DeckWindow* LecternApplication::openDeck(Deck deck, std::optional<std::filesystem::path> package) {
@@ -198,7 +273,7 @@ void LecternApplication::showError(const std::string& message) {
 
 StartWindow& LecternApplication::startWindow() {
     if (!startWindow_) {
-        startWindow_ = Gtk::make_managed<StartWindow>();
+        startWindow_ = Gtk::make_managed<StartWindow>([this] { return recoveryStore_.list(); });
         add_window(*startWindow_);
         startWindow_->signal_destroy().connect([this] { startWindow_ = nullptr; });
     }

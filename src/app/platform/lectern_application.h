@@ -6,6 +6,7 @@
 #include <memory>
 #include <optional>
 
+#include "editor/recovery_store.h"
 #include "model/deck.h"
 #include "model/preferences_store.h"
 #include "base/result.h"
@@ -37,6 +38,10 @@ public:
     // A window for a deck in memory (tests and benchmarks).
     DeckWindow* openDeck(Deck deck, std::optional<std::filesystem::path> package);
     void showOpenDialog();
+    // Opens the user's own copy of the example deck, made from the one that
+    // comes with Lectern the first time, so that the original is never
+    // written and the user's changes to the copy stay.
+    DeckWindow* openExampleDeck();
 
     // What a toast says when a deck does not open: short enough to read at a
     // glance, "Couldn’t open “Talk.lectern”: there is no such deck".
@@ -44,6 +49,9 @@ public:
 
     GLibScheduler& scheduler() { return scheduler_; }
     PreferencesStore& preferences() { return *preferences_; }
+    // Copies of unsaved decks ($XDG_STATE_HOME/lectern/recovery/); tests
+    // put one of their own in its place.
+    RecoveryStore& recoveryStore() { return recoveryStore_; }
 
 protected:
     explicit LecternApplication(Gio::Application::Flags flags, PreferencesStore* preferences);
@@ -62,6 +70,7 @@ private:
     StartWindow* startWindow_ = nullptr;
     Glib::RefPtr<Gtk::FileChooserNative> openDialog_;
     std::unique_ptr<WindowKeeper> windowKeeper_;
+    RecoveryStore recoveryStore_{RecoveryStore::defaultRoot()};
 };
 
 }  // namespace lectern
