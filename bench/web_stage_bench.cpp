@@ -135,7 +135,7 @@ void advanceToPage(benchmark::State& state, bool prefetched) {
         // A fresh address every round: nothing comes from a cache.
         std::string path = "/page?round=" + std::to_string(++round) + (prefetched ? "-warm" : "-cold");
         window->state().goTo(0, false);
-        window->editor().edit("Change Address", [&](Deck) { return stageDeck(server().url(path)); });
+        window->editor().edit("Change Address", [&](lectern::Deck) { return stageDeck(server().url(path)); });
         // Time for a prefetched page to arrive (300 ms) and settle.
         pumpFor(0.8);
         armed = seen = false;

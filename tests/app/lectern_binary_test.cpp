@@ -10,6 +10,8 @@
 #include <chrono>
 #include <thread>
 
+#include "editor/autosaver.h"
+#include "editor/recovery_store.h"
 #include "gui_harness.h"
 #include "support/temp_dir.h"
 
@@ -21,12 +23,15 @@ using testing::runProgram;
 // The program, ended for sure when the test ends.
 class Program {
 public:
+    // Its preferences, data and recovery copies all go under `configHome`.
     Program(const std::vector<std::string>& argv, const std::filesystem::path& configHome) {
         std::vector<char*> args;
         for (const auto& arg : argv) args.push_back(const_cast<char*>(arg.c_str()));
         args.push_back(nullptr);
         gchar** env = g_get_environ();
         env = g_environ_setenv(env, "XDG_CONFIG_HOME", configHome.c_str(), true);
+        env = g_environ_setenv(env, "XDG_DATA_HOME", (configHome / "data").c_str(), true);
+        env = g_environ_setenv(env, "XDG_STATE_HOME", (configHome / "state").c_str(), true);
         env = g_environ_setenv(env, "GDK_BACKEND", "x11", true);
         g_spawn_async(nullptr, args.data(), env, G_SPAWN_DO_NOT_REAP_CHILD, nullptr, nullptr, &pid_, nullptr);
         g_strfreev(env);
@@ -38,6 +43,12 @@ public:
         }
     }
     bool started() const { return pid_ > 0; }
+    // Ends it the hard way, as a crash would.
+    void crash() {
+        ::kill(pid_, SIGKILL);
+        ::waitpid(pid_, nullptr, 0);
+        exited_ = true;
+    }
     // The exit status, or -1 if it is still running after `seconds`.
     int waitForExit(double seconds) {
         auto deadline = std::chrono::steady_clock::now() + std::chrono::duration<double>(seconds);
@@ -110,6 +121,43 @@ TEST(LecternProgram, ShowsTheStartWindowWhenADeckDoesNotOpen) {
     testing::screenshot("program-03-missing-deck");
     keys(window, {"ctrl+q"});
     EXPECT_EQ(program.waitForExit(10), 0);
+}
+
+TEST(LecternProgram, ACrashWhileEditingADraftLosesNothing) {
+    if (!testing::haveDisplay()) GTEST_SKIP() << "needs a display (run under xvfb-run)";
+    testing::TempDir home;
+    auto deck = home.path() / "Talk.lectern";
+    std::filesystem::copy(testing::examplesDir() / "Welcome.lectern", deck, std::filesystem::copy_options::recursive);
+    Program program({LECTERN_APP_PATH, deck.string()}, home.path());
+    ASSERT_TRUE(program.started());
+    std::string window = findWindow("Welcome to Lectern");
+    ASSERT_FALSE(window.empty());
+
+    // A new deck, its slide renamed, never saved; then the program dies.
+    keys(window, {"ctrl+n"});
+    std::string draft = findWindow("Untitled Deck");
+    ASSERT_FALSE(draft.empty());
+    keys(draft, {"F2", "ctrl+a", "I", "d", "e", "a", "Return"});
+    std::this_thread::sleep_for(std::chrono::duration<double>(Autosaver::recoverySeconds + 2));
+    program.crash();
+
+    RecoveryStore recovery(home.path() / "state" / "lectern" / "recovery");
+    auto entries = recovery.list();
+    ASSERT_EQ(entries.size(), 1u);
+    EXPECT_FALSE(entries[0].package);
+    auto recovered = recovery.read(entries[0]);
+    ASSERT_TRUE(recovered);
+    ASSERT_EQ(recovered->slides.size(), 1u);
+    EXPECT_EQ(recovered->slides[0].title, "Idea");
+
+    // Started again, the start window offers it.
+    Program again({LECTERN_APP_PATH}, home.path());
+    std::string start = findWindow("Lectern");
+    ASSERT_FALSE(start.empty());
+    testing::screenshot("program-04-recover");
+    keys(start, {"ctrl+q"});
+    EXPECT_EQ(again.waitForExit(10), 0);
+    EXPECT_EQ(RecoveryStore(home.path() / "state" / "lectern" / "recovery").list().size(), 1u) << "kept until recovered";
 }
 
 }  // namespace

@@ -11,6 +11,7 @@
 #include "web/platform/web_services.h"
 #include "app/platform/start_window.h"
 #include "app/platform/window_keeper.h"
+#include "editor/deck_edits.h"
 #include "model/deck_package.h"
 #include "model/file_io.h"
 
@@ -103,6 +104,10 @@ void LecternApplication::on_startup() {
     add_action("open", [this] { showOpenDialog(); });
     add_action("about", [this] { showAbout(); });
     add_action("open-example", [this] { openExampleDeck(); });
+    add_action("new-deck", [this] { newDeck(); });
+    add_action_with_parameter("recover", Glib::VARIANT_TYPE_STRING, [this](const Glib::VariantBase& id) {
+        recover(Glib::VariantBase::cast_dynamic<Glib::Variant<Glib::ustring>>(id).get());
+    });
     add_action_with_parameter("open-recent", Glib::VARIANT_TYPE_STRING, [this](const Glib::VariantBase& path) {
         openDeck(std::filesystem::path(Glib::VariantBase::cast_dynamic<Glib::Variant<std::string>>(path).get()));
     });
@@ -133,7 +138,8 @@ void LecternApplication::on_startup() {
     // The updater is not part of this build yet.
     add_action("check-for-updates", [] {})->set_enabled(false);
 
-    for (const auto* commands : {&slideCommands(), &presentationCommands(), &applicationCommands()}) {
+    for (const auto* commands : {&fileCommands(), &editCommands(), &slideCommands(), &presentationCommands(),
+                                  &applicationCommands()}) {
         for (const auto& command : *commands) {
             if (command.accelerators.empty()) continue;
             set_accels_for_action(command.action, std::vector<Glib::ustring>(command.accelerators.begin(),
@@ -156,8 +162,9 @@ void LecternApplication::on_activate() {
             return;
         }
     }
+    // The start window: new, open, the example, recent decks and what a
+    // crash left to recover.
     startWindow().present();
-    showOpenDialog();
 }
 
 void LecternApplication::on_open(const type_vec_files& files, const Glib::ustring&) {
@@ -201,9 +208,35 @@ DeckWindow* LecternApplication::openExampleDeck() {
     return openDeck(*copy);
 }
 
-DeckWindow* LecternApplication::openDeck(Deck deck, std::optional<std::filesystem::path> package) {
+DeckWindow* LecternApplication::newDeck() { return openDeck(edits::newDeck(), std::nullopt); }
+
+DeckWindow* LecternApplication::recover(const std::string& deckId) {
+    for (const auto& entry : recoveryStore_.list()) {
+        if (entry.deckId.string() != deckId) continue;
+        auto deck = recoveryStore_.read(entry);
+        if (!deck) {
+            showError("Couldn\u2019t recover \u201c" + entry.title + "\u201d: " + deck.error().message);
+            return nullptr;
+        }
+        // A deck that is open already keeps its window; the copy stays.
+        for (auto* window : get_windows()) {
+            auto* deckWindow = dynamic_cast<DeckWindow*>(window);
+            if (deckWindow && deckWindow->deck().id == deck->id) {
+                deckWindow->present();
+                return deckWindow;
+            }
+        }
+        return openDeck(std::move(deck).value(), entry.package, true);
+    }
+    showError("There is nothing left to recover for this deck.");
+    return nullptr;
+}
+
+DeckWindow* LecternApplication::openDeck(Deck deck, std::optional<std::filesystem::path> package, bool recovered) {
     // The window deletes itself when it is closed.
-    auto* window = Gtk::make_managed<DeckWindow>(scheduler_, *preferences_, std::move(deck), std::move(package));
+    auto* window = Gtk::make_managed<DeckWindow>(
+        scheduler_, *preferences_, std::shared_ptr<RecoveryStore>(&recoveryStore_, [](RecoveryStore*) {}),
+        std::move(deck), std::move(package), recovered);
     add_window(*window);
     window->present();
     if (startWindow_) {

@@ -36,7 +36,13 @@ public:
     // folder untouched and says why in a toast; the result is then null.
     DeckWindow* openDeck(const std::filesystem::path& package);
     // A window for a deck in memory (tests and benchmarks).
-    DeckWindow* openDeck(Deck deck, std::optional<std::filesystem::path> package);
+    // `recovered`: the deck is a recovery copy, with changes the package
+    // (if any) does not have yet.
+    DeckWindow* openDeck(Deck deck, std::optional<std::filesystem::path> package, bool recovered = false);
+    // A window on a new draft deck.
+    DeckWindow* newDeck();
+    // Opens what a crash left of the deck with this id.
+    DeckWindow* recover(const std::string& deckId);
     void showOpenDialog();
     // Opens the user's own copy of the example deck, made from the one that
     // comes with Lectern the first time, so that the original is never

@@ -370,6 +370,15 @@ bool SlideNavigator::keyPressed(guint keyval, Gdk::ModifierType modifiers) {
     const bool alt = held == Gdk::ModifierType::ALT_MASK;
     const std::int64_t count = static_cast<std::int64_t>(ids_.size());
     const std::int64_t current = editor_.state().current();
+    // Undo and redo reach the window from the list too: a focused list row
+    // keeps Ctrl+Z from the application's shortcuts otherwise.
+    if (held == Gdk::ModifierType::CONTROL_MASK && (keyval == GDK_KEY_z || keyval == GDK_KEY_y)) {
+        return activate_action(keyval == GDK_KEY_z ? "win.undo" : "win.redo");
+    }
+    if (held == (Gdk::ModifierType::CONTROL_MASK | Gdk::ModifierType::SHIFT_MASK) &&
+        (keyval == GDK_KEY_z || keyval == GDK_KEY_Z)) {
+        return activate_action("win.redo");
+    }
     switch (keyval) {
     case GDK_KEY_Up:
     case GDK_KEY_KP_Up:
