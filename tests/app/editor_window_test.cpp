@@ -84,7 +84,7 @@ TEST_F(EditorWindowTest, AddRenameUndoDeleteAndSaveAreOnDisk) {
 
     // Moved down with the keyboard, then the move undone with Ctrl+Z: the
     // slide stays the current one throughout.
-    window.activate_action("win.move-slide-down");
+    pressKeys(window, {"alt+Down"});
     EXPECT_EQ(titles(window.deck()), (std::vector<std::string>{"Hello", "Demo", "Intro", "Thanks"}));
     EXPECT_EQ(window.state().current(), 2);
     pressKeys(window, {"ctrl+z"});

@@ -1,4 +1,5 @@
 #include "editor/platform/navigator_row.h"
+#include "base/platform/accessible.h"
 
 #include <algorithm>
 
@@ -11,10 +12,6 @@ namespace {
 bool sameLook(const SlidePaintOptions& a, const SlidePaintOptions& b) {
     return a.theme == b.theme && a.deckAccentHex == b.deckAccentHex && a.deckTitle == b.deckTitle &&
            a.drawWebPlaceholder == b.drawWebPlaceholder;
-}
-
-void setAccessibleLabel(Gtk::Widget& widget, const std::string& label) {
-    gtk_accessible_update_property(GTK_ACCESSIBLE(widget.gobj()), GTK_ACCESSIBLE_PROPERTY_LABEL, label.c_str(), -1);
 }
 
 }  // namespace

@@ -1,4 +1,5 @@
 #include "editor/platform/new_slide_picker.h"
+#include "base/platform/accessible.h"
 
 #include "editor/navigator_rules.h"
 #include "slides/platform/slide_thumbnail.h"
@@ -8,10 +9,6 @@ namespace lectern {
 namespace {
 
 constexpr int pictureWidth = 72;
-
-void setAccessibleLabel(Gtk::Widget& widget, const std::string& label) {
-    gtk_accessible_update_property(GTK_ACCESSIBLE(widget.gobj()), GTK_ACCESSIBLE_PROPERTY_LABEL, label.c_str(), -1);
-}
 
 // A sample of the layout for its picture: its name as the title, so that
 // every picture shows where that layout puts the title.

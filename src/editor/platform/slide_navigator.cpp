@@ -1,4 +1,5 @@
 #include "editor/platform/slide_navigator.h"
+#include "base/platform/accessible.h"
 
 #include "editor/deck_edits.h"
 #include "editor/navigator_rows.h"
@@ -35,10 +36,6 @@ void installStyle() {
     provider->load_from_data(style);
     Gtk::StyleContext::add_provider_for_display(display, provider, GTK_STYLE_PROVIDER_PRIORITY_APPLICATION);
     installed = true;
-}
-
-void setAccessibleLabel(Gtk::Widget& widget, const std::string& label) {
-    gtk_accessible_update_property(GTK_ACCESSIBLE(widget.gobj()), GTK_ACCESSIBLE_PROPERTY_LABEL, label.c_str(), -1);
 }
 
 double monotonicSeconds() { return static_cast<double>(g_get_monotonic_time()) / 1e6; }
