@@ -306,7 +306,18 @@ void LecternApplication::showError(const std::string& message) {
 
 StartWindow& LecternApplication::startWindow() {
     if (!startWindow_) {
-        startWindow_ = Gtk::make_managed<StartWindow>([this] { return recoveryStore_.list(); });
+        // Copies of decks open in a window now are that window's business.
+        startWindow_ = Gtk::make_managed<StartWindow>([this] {
+            auto entries = recoveryStore_.list();
+            std::erase_if(entries, [this](const RecoveryEntry& entry) {
+                for (auto* window : get_windows()) {
+                    auto* deckWindow = dynamic_cast<DeckWindow*>(window);
+                    if (deckWindow && deckWindow->deck().id == entry.deckId) return true;
+                }
+                return false;
+            });
+            return entries;
+        });
         add_window(*startWindow_);
         startWindow_->signal_destroy().connect([this] { startWindow_ = nullptr; });
     }

@@ -2,6 +2,7 @@
 
 #include <glib.h>
 
+#include "base/platform/accessible.h"
 #include "editor/platform/editor_layout.h"
 #include "editor/platform/presenter_panel.h"
 #include "editor/platform/presenting_stage.h"
@@ -279,6 +280,10 @@ void DeckWindow::refreshChrome() {
     stage_->refreshChrome();
     notesToggle_->set_tooltip_text(state_->notesHidden() ? "Show Presenter Notes (Alt+Ctrl+I)"
                                                          : "Hide Presenter Notes (Alt+Ctrl+I)");
+    // "Show sidebar" while the navigator is hidden.
+    const char* sidebar = sidebarVisible_ ? "Hide sidebar" : "Show sidebar";
+    sidebarToggle_->set_tooltip_text(std::string(sidebar) + " (F9)");
+    setAccessibleLabel(*sidebarToggle_, sidebar);
     if (editor) remove_css_class("stage-only"); else add_css_class("stage-only");
 }
 

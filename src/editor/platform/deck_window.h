@@ -143,6 +143,7 @@ private:
     Gtk::Button* undoButton_ = nullptr;
     Gtk::Button* redoButton_ = nullptr;
     Gtk::ToggleButton* notesToggle_ = nullptr;
+    Gtk::ToggleButton* sidebarToggle_ = nullptr;
     Glib::RefPtr<Gio::Menu> editMenu_;
 
     std::map<std::string, Glib::RefPtr<Gio::SimpleAction>> actions_;

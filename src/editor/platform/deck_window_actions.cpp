@@ -170,7 +170,7 @@ void DeckWindow::buildActions() {
     });
     add("rename-slide", [this] {
         if (auto id = editor_->currentSlideId()) {
-            if (!sidebarVisible_) activate_action("toggle-sidebar");
+            if (!sidebarVisible_) activate_action("win.toggle-sidebar");
             navigator_->startRenaming(*id);
         }
     });
@@ -215,12 +215,10 @@ GtkWidget* DeckWindow::buildHeaderBar() {
 
     // Start: the sidebar, undo and redo, whole slides back and forth, and
     // where we are.
-    auto* sidebar = Gtk::make_managed<Gtk::ToggleButton>();
-    sidebar->set_icon_name("sidebar-show-symbolic");
-    sidebar->set_action_name("win.toggle-sidebar");
-    sidebar->set_tooltip_text("Toggle Sidebar (F9)");
-    setAccessibleLabel(*sidebar, "Show sidebar");
-    packStart(*sidebar);
+    sidebarToggle_ = Gtk::make_managed<Gtk::ToggleButton>();
+    sidebarToggle_->set_icon_name("sidebar-show-symbolic");
+    sidebarToggle_->set_action_name("win.toggle-sidebar");
+    packStart(*sidebarToggle_);
     undoButton_ = iconButton("edit-undo-symbolic", "Undo", "Undo (Ctrl+Z)", "win.undo");
     redoButton_ = iconButton("edit-redo-symbolic", "Redo", "Redo (Ctrl+Shift+Z)", "win.redo");
     auto* history = Gtk::make_managed<Gtk::Box>(Gtk::Orientation::HORIZONTAL);
