@@ -102,6 +102,13 @@ TEST_F(EditorWindowTest, AddRenameUndoDeleteAndSaveAreOnDisk) {
     ASSERT_TRUE(pumpUntil([&] { return window.deck().slides.size() == 3; }));
     EXPECT_EQ(titles(window.deck()), (std::vector<std::string>{"Hello", "Demo", "Thanks"}));
 
+    // Saved elsewhere over D-Bus: the window follows the new package.
+    auto copy = dir / "Copy.lectern";
+    ASSERT_EQ(callOverDBus(window, "save-to", "[<'" + copy.string() + "'>]"), 0);
+    ASSERT_TRUE(pumpUntil([&] { return window.package() == copy; }));
+    EXPECT_EQ(titles(*DeckPackage::read(copy)), titles(window.deck()));
+    package = copy;
+
     // Ctrl+S: what is on disk is what the window shows.
     pressKeys(window, {"ctrl+s"});
     ASSERT_TRUE(pumpUntil([&] {

@@ -110,6 +110,16 @@ void DeckWindow::buildActions() {
     add("redo", [this] { editor_->redo(); });
     add("save", [this] { save(); });
     add("save-as", [this] { saveAs(); });
+    // Save As without the dialog, for scripts: the package's path.
+    addWithText("save-to", [this](const std::string& path) {
+        std::filesystem::path package = path;
+        if (package.empty() || !package.is_absolute()) {
+            showToast("Save needs the full path of a .lectern folder.");
+            return;
+        }
+        if (package.extension() != ".lectern") package += ".lectern";
+        autosaver_->saveAs(package, [](const Status&) {});
+    });
     add("new-slide", [this] { navigator_->showNewSlidePicker(); });
     addWithText("add-slide", [this](const std::string& name) {
         auto layout = enumFromName<SlideLayout>(name);
