@@ -51,6 +51,8 @@ std::map<std::string, bool> enabledCommands(const DeckDocument& document, const 
         {"move-slide-down", editing && slide && current + 1 < count},
         {"remove-section", editing && slide && slide->isSection},
         {"remove-from-section", editing && inSection},
+        {"group-with-previous", editing && slide && current > 0 &&
+                                    !(slide->sectionId && slide->sectionId == slides[static_cast<std::size_t>(current - 1)].sectionKey())},
         {"toggle-sidebar", state.editorOpen()},
     };
     return enabled;

@@ -102,11 +102,20 @@ TEST_F(EditorWindowTest, AddRenameUndoDeleteAndSaveAreOnDisk) {
     ASSERT_TRUE(pumpUntil([&] { return window.deck().slides.size() == 3; }));
     EXPECT_EQ(titles(window.deck()), (std::vector<std::string>{"Hello", "Demo", "Thanks"}));
 
+    // Ctrl+G groups the current slide with the one above into a section.
+    ASSERT_EQ(window.state().current(), 1);
+    pressKeys(window, {"ctrl+g"});
+    ASSERT_TRUE(window.deck().slides[0].isSection);
+    EXPECT_EQ(window.deck().slides[1].sectionId, window.deck().slides[0].id);
+
     // Saved elsewhere over D-Bus: the window follows the new package.
     auto copy = dir / "Copy.lectern";
     ASSERT_EQ(callOverDBus(window, "save-to", "[<'" + copy.string() + "'>]"), 0);
     ASSERT_TRUE(pumpUntil([&] { return window.package() == copy; }));
-    EXPECT_EQ(titles(*DeckPackage::read(copy)), titles(window.deck()));
+    auto written = DeckPackage::read(copy);
+    ASSERT_TRUE(written);
+    EXPECT_EQ(titles(*written), titles(window.deck()));
+    EXPECT_EQ(written->slides[1].sectionId, window.deck().slides[0].id);
     package = copy;
 
     // Ctrl+S: what is on disk is what the window shows.

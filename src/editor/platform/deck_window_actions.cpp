@@ -166,6 +166,15 @@ void DeckWindow::buildActions() {
             return edits::removeSection(std::move(deck), id);
         });
     });
+    // The keyboard's way to make a section: the slide joins the one above
+    // it, or the two open a new section, as a drop on that row does.
+    add("group-with-previous", [onCurrent] {
+        onCurrent("Group Slides", [](Deck deck, std::size_t i) {
+            if (i == 0) return deck;
+            Uuid slide = deck.slides[i].id, above = deck.slides[i - 1].id;
+            return edits::groupSlides(std::move(deck), slide, above);
+        });
+    });
     add("remove-from-section", [onCurrent] {
         onCurrent("Remove from Section", [](Deck deck, std::size_t i) {
             Uuid id = deck.slides[i].id;

@@ -435,6 +435,7 @@ void SlideNavigator::showContextMenu(NavigatorRow& row, double x, double y) {
     commands->append("Delete", "win.delete-slide");
     auto presentation = Gio::Menu::create();
     presentation->append("Skip in Presentation", "win.toggle-skip");
+    presentation->append("Group with Slide Above", "win.group-with-previous");
     if (!slide.isSection && slide.sectionId) presentation->append("Remove from section", "win.remove-from-section");
     auto menu = Gio::Menu::create();
     menu->append_section(commands);

@@ -32,6 +32,8 @@ const std::vector<DeckCommand>& slideCommands() {
         {"win.move-slide-up", "Move Up", {}},
         {"win.move-slide-down", "Move Down", {}},
         {"win.toggle-skip", "Skip in Presentation", {}},
+        {"win.group-with-previous", "Group with Slide Above", {"<Control>g"}},
+        {"win.remove-from-section", "Remove from Section", {"<Shift><Control>g"}},
         {"win.delete-slide", "Delete Slide…", {"<Shift><Control>Delete"}},
     };
     return commands;

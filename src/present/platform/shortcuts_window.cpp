@@ -58,6 +58,8 @@ Gtk::ShortcutsWindow* makeShortcutsWindow() {
           {"Rename slide", "F2"},
           {"Move slide up or down (in the slide list)", "<Alt>Up <Alt>Down"},
           {"Delete slide", "<Shift><Control>Delete Delete"},
+          {"Group with the slide above", "<Control>g"},
+          {"Take out of its section", "<Shift><Control>g"},
           {"Show or hide the sidebar", "F9"}}},
         {"Decks",
          {{"New deck", "<Control>n"},
