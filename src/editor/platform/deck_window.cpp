@@ -229,7 +229,7 @@ void DeckWindow::deckChanged(const DeckChange& change) {
     if (change.kind == DeckChange::Kind::saved) return;
     if (webCheck_) webCheck_->setDeck(deck());
     refreshBrowserProfiles();
-    stage_->refreshOverview();
+    stage_->deckChanged();
     stage_->showCurrentSlide();
     layout_->refreshNotes();
     refreshCounter();
@@ -246,7 +246,7 @@ void DeckWindow::stateChanged(PresentationField field) {
         stage_->showCurrentSlide();
         layout_->refreshNotes();
         refreshCounter();
-        overview().setCurrent(state_->current());
+        stage_->refreshOverview();
         if (state_->overview()) overview().focusCurrent();
         if (panel_) panel_->refresh();
         updateActions();

@@ -122,9 +122,19 @@ void PresentingStage::refreshChrome() {
 }
 
 void PresentingStage::refreshOverview() {
-    overview_->setDeck(editor_.deck(), paintOptions());
-    overview_->setCurrent(state_.current());
+    // The grid makes a tile per slide: it follows the deck only while it is
+    // shown (a move in a long deck would otherwise rebuild every tile).
+    if (state_.overview()) {
+        if (overviewStale_) overview_->setDeck(editor_.deck(), paintOptions());
+        overviewStale_ = false;
+        overview_->setCurrent(state_.current());
+    }
     set_visible_child(state_.overview() ? "overview" : "stage");
+}
+
+void PresentingStage::deckChanged() {
+    overviewStale_ = true;
+    refreshOverview();
 }
 
 void PresentingStage::placeWebCard(Gdk::Rectangle& allocation) {

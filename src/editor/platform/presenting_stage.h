@@ -37,7 +37,10 @@ public:
     void refreshWebPage();
     // Follows the editor opening or closing, and the overview.
     void refreshChrome();
+    // The overview follows the state (shown or not, the current tile)...
     void refreshOverview();
+    // ...and the deck.
+    void deckChanged();
 
     StageView& stage() { return *stage_; }
     WebCard& webCard() { return *webCard_; }
@@ -57,6 +60,7 @@ private:
     OverviewGrid* overview_ = nullptr;
     Glib::RefPtr<Gtk::CssProvider> webCardStyle_;
     double webCardRadius_ = -1;
+    bool overviewStale_ = true;  // the grid shows an older deck
     Signal<bool>::Connection hudHoverConnection_;
     Signal<const std::string&>::Connection cardConnection_;
     Signal<std::size_t>::Connection cardChosenConnection_;
