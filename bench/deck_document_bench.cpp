@@ -6,6 +6,9 @@
 
 #include <benchmark/benchmark.h>
 
+#include <unistd.h>
+
+#include <cstdio>
 #include <functional>
 #include <utility>
 #include <vector>
@@ -72,6 +75,32 @@ void BM_Edit1000(benchmark::State& state) {
     }
 }
 BENCHMARK(BM_Edit1000)->Unit(benchmark::kMillisecond);
+
+// Resident memory of this process, in MiB.
+double residentMiB() {
+    long pages = 0, resident = 0;
+    if (FILE* statm = std::fopen("/proc/self/statm", "r")) {
+        if (std::fscanf(statm, "%ld %ld", &pages, &resident) != 2) resident = 0;
+        std::fclose(statm);
+    }
+    return static_cast<double>(resident) * static_cast<double>(sysconf(_SC_PAGESIZE)) / (1 << 20);
+}
+
+// What a full history costs: 200 renames, each its own undo step.
+void BM_FullHistoryMemory1000(benchmark::State& state) {
+    for (auto _ : state) {
+        double before = residentMiB();
+        DeckDocument document(talk(), std::nullopt, [] { return 0.0; });
+        for (int i = 0; i < static_cast<int>(DeckDocument::maxUndoSteps); ++i) {
+            document.edit("Rename Slide", [&](Deck deck) {
+                deck.slides[500].title = std::to_string(i);
+                return deck;
+            });
+        }
+        state.counters["history_MiB"] = residentMiB() - before;
+    }
+}
+BENCHMARK(BM_FullHistoryMemory1000)->Iterations(1)->Unit(benchmark::kMillisecond);
 
 // Keeps each job instead of running it, so that only the main loop's part
 // of a save is timed; `done` runs on request.

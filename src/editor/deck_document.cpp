@@ -1,8 +1,50 @@
 #include "editor/deck_document.h"
 
+#include <unordered_map>
 #include <utility>
 
 namespace lectern {
+
+namespace {
+
+std::unordered_map<Uuid, const Slide*> slidesById(const Deck& deck) {
+    std::unordered_map<Uuid, const Slide*> byId;
+    byId.reserve(deck.slides.size());
+    for (const auto& slide : deck.slides) byId[slide.id] = &slide;
+    return byId;
+}
+
+}  // namespace
+
+DeckDocument::Snapshot DeckDocument::snapshot(Deck deck, const Deck& neighbour) {
+    Snapshot kept;
+    std::vector<Slide> slides = std::move(deck.slides);
+    deck.slides.clear();
+    kept.shell = std::move(deck);
+    auto byId = slidesById(neighbour);
+    kept.slideIds.reserve(slides.size());
+    kept.slides.reserve(slides.size());
+    for (auto& slide : slides) {
+        kept.slideIds.push_back(slide.id);
+        auto same = byId.find(slide.id);
+        if (same != byId.end() && *same->second == slide) {
+            kept.slides.emplace_back(std::nullopt);
+        } else {
+            kept.slides.emplace_back(std::move(slide));
+        }
+    }
+    return kept;
+}
+
+Deck DeckDocument::restore(const Snapshot& kept, const Deck& neighbour) {
+    Deck deck = kept.shell;
+    auto byId = slidesById(neighbour);
+    deck.slides.reserve(kept.slides.size());
+    for (std::size_t i = 0; i < kept.slides.size(); ++i) {
+        deck.slides.push_back(kept.slides[i] ? *kept.slides[i] : *byId.at(kept.slideIds[i]));
+    }
+    return deck;
+}
 
 DeckDocument::DeckDocument(Deck deck, std::optional<std::filesystem::path> package, std::function<double()> clock)
     : deck_(std::move(deck)), package_(std::move(package)), clock_(std::move(clock)), saved_(deck_) {}
@@ -17,10 +59,13 @@ bool DeckDocument::edit(std::string label, const std::function<Deck(Deck)>& chan
     bool merges = !mergeKey.empty() && !undo_.empty() && undo_.back().mergeKey == mergeKey &&
                   now - undo_.back().time < mergeSeconds;
     if (merges) {
-        undo_.back().time = now;
-        undo_.back().focus.after = focus.after;
+        // Its deck is told against the deck after it, which changes now.
+        Step& top = undo_.back();
+        top.deck = snapshot(restore(top.deck, deck_), changed);
+        top.time = now;
+        top.focus.after = focus.after;
     } else {
-        undo_.push_back(Step{std::move(label), std::move(deck_), focus, std::move(mergeKey), now});
+        undo_.push_back(Step{std::move(label), snapshot(std::move(deck_), changed), focus, std::move(mergeKey), now});
         if (undo_.size() > maxUndoSteps) undo_.pop_front();
     }
     deck_ = std::move(changed);
@@ -36,8 +81,10 @@ void DeckDocument::undo() {
     if (undo_.empty()) return;
     Step step = std::move(undo_.back());
     undo_.pop_back();
-    std::swap(step.deck, deck_);  // the step now holds the deck after it, for redo
-    step.mergeKey.clear();        // an undone step never takes more typing
+    Deck before = restore(step.deck, deck_);
+    step.deck = snapshot(std::move(deck_), before);  // the deck after it, for redo
+    deck_ = std::move(before);
+    step.mergeKey.clear();  // an undone step never takes more typing
     DeckChange change{DeckChange::Kind::undo, step.label, step.focus.before};
     redo_.push_back(std::move(step));
     changed_.emit(change);
@@ -47,7 +94,9 @@ void DeckDocument::redo() {
     if (redo_.empty()) return;
     Step step = std::move(redo_.back());
     redo_.pop_back();
-    std::swap(step.deck, deck_);
+    Deck after = restore(step.deck, deck_);
+    step.deck = snapshot(std::move(deck_), after);
+    deck_ = std::move(after);
     DeckChange change{DeckChange::Kind::redo, step.label, step.focus.after};
     undo_.push_back(std::move(step));
     changed_.emit(change);

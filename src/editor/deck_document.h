@@ -6,6 +6,7 @@
 #include <functional>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "base/signal.h"
 #include "model/deck.h"
@@ -29,7 +30,9 @@ struct EditFocus {
 };
 
 // One open deck: its value, its package (none for a draft never saved), its
-// undo history as whole-deck snapshots and whether it is saved. Every change
+// undo history as whole-deck snapshots (each kept as its difference from the
+// next, so a long history of a long deck stays small) and whether it is
+// saved. Every change
 // of a deck in the program goes through edit(). Main loop only.
 class DeckDocument {
 public:
@@ -72,9 +75,21 @@ public:
     Signal<const DeckChange&>& changed() { return changed_; }
 
 private:
+    // A whole deck told by its difference from a neighbour (the deck after
+    // it on the undo stack, before it on the redo stack): its own fields,
+    // and of its slides only those the neighbour does not have as they
+    // are. A step keeps what one edit changed, not the whole deck again.
+    struct Snapshot {
+        Deck shell;                               // every field but the slides
+        std::vector<Uuid> slideIds;               // in order
+        std::vector<std::optional<Slide>> slides;  // none: the neighbour's slide with that id
+    };
+    static Snapshot snapshot(Deck deck, const Deck& neighbour);
+    static Deck restore(const Snapshot& snapshot, const Deck& neighbour);
+
     struct Step {
         std::string label;
-        Deck deck;  // the deck before (undo stack) or after (redo stack) the step
+        Snapshot deck;  // the deck before (undo stack) or after (redo stack) the step
         EditFocus focus;
         std::string mergeKey;
         double time = 0;
