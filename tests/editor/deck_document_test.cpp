@@ -1,5 +1,8 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <functional>
+
 #include "base/manual_scheduler.h"
 #include "editor/autosaver.h"
 #include "editor/deck_document.h"
@@ -94,6 +97,38 @@ TEST(DeckDocument, KeepsAtLeastAHundredSteps) {
     }
     EXPECT_GE(undone, 100);
     EXPECT_EQ(w.document.deck().slides[0].title, std::to_string(250 - undone));
+}
+
+TEST(DeckDocument, UndoAndRedoGiveBackEveryDeckOfARandomHistory) {
+    Window w(deckOf({"A", "B", "C", "D"}));
+    std::vector<Deck> history{w.document.deck()};
+    unsigned seed = 7;
+    auto next = [&](unsigned bound) { return (seed = seed * 1103515245u + 12345u) / 65536u % bound; };
+    for (int i = 0; i < 150; ++i) {
+        std::size_t count = w.document.deck().slides.size();
+        std::function<Deck(Deck)> change;
+        switch (next(4)) {
+        case 0: change = [&](Deck d) { return edits::insertSlide(std::move(d), next(static_cast<unsigned>(count + 1)), Slide::make(SlideLayout::web)); }; break;
+        case 1: change = [&](Deck d) { return count > 1 ? edits::deleteSlide(std::move(d), next(static_cast<unsigned>(count))) : d; }; break;
+        case 2: change = [&](Deck d) { return edits::moveSlide(std::move(d), next(static_cast<unsigned>(count)), next(static_cast<unsigned>(count))); }; break;
+        default: change = [&](Deck d) { return retitled(std::move(d), next(static_cast<unsigned>(count)), std::to_string(i)); }; break;
+        }
+        // Some steps merge as typing does, so a step is told again.
+        if (w.document.edit("Edit", change, next(3) == 0 ? "typing" : "")) history.push_back(w.document.deck());
+    }
+    // Merged steps leave out decks in between: compare what undo reaches
+    // with the decks it must pass, in order.
+    std::vector<Deck> undone{w.document.deck()};
+    while (w.document.canUndo()) {
+        w.document.undo();
+        undone.push_back(w.document.deck());
+    }
+    EXPECT_EQ(undone.back(), history.front());
+    for (const Deck& deck : undone) EXPECT_NE(std::find(history.begin(), history.end(), deck), history.end());
+    for (std::size_t i = undone.size() - 1; i-- > 0;) {
+        w.document.redo();
+        EXPECT_EQ(w.document.deck(), undone[i]);
+    }
 }
 
 TEST(DeckEditor, CurrentSlideIsKeptByIdThroughEditsAndUndo) {
