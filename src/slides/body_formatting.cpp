@@ -378,13 +378,10 @@ EditableSlideBody toggleBulletList(EditableSlideBody body) {
 }
 
 EditableSlideBody toggleNumberedList(EditableSlideBody body) {
-    // Each indentation level counts on its own: a deeper run starts again at
-    // 1 and a shallower item ends the deeper runs below it.
-    std::vector<std::int64_t> counters;
-    return toggleList(std::move(body), MarkerKind::numbered, [&](std::size_t, const TouchedParagraph& p) {
-        counters.resize(p.marker.tabs + 1, 0);
-        return std::to_string(++counters[p.marker.tabs]) + ". ";
-    });
+    // The touched paragraphs are one run, whatever their indentation: the
+    // i-th of them is numbered i + 1.
+    return toggleList(std::move(body), MarkerKind::numbered,
+                      [](std::size_t i, const TouchedParagraph&) { return std::to_string(i + 1) + ". "; });
 }
 
 EditableSlideBody indentListItems(EditableSlideBody body) {

@@ -81,8 +81,8 @@ FormatState formatStateOf(const EditableSlideBody& body);
 
 // Lists. A toggle removes its markers when every touched paragraph already is
 // such an item; otherwise it makes each touched paragraph one, replacing the
-// other kind of marker. Numbers are rewritten from "1. " in order, counted
-// separately for each indentation level. The selection keeps covering the
+// other kind of marker. Numbers are rewritten from "1. " in order across all
+// touched paragraphs, whatever their indentation. The selection keeps covering the
 // same text; a caret stays before the character it was before.
 [[nodiscard]] EditableSlideBody toggleBulletList(EditableSlideBody body);
 [[nodiscard]] EditableSlideBody toggleNumberedList(EditableSlideBody body);

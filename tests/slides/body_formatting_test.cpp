@@ -197,9 +197,9 @@ TEST(BodyFormattingLists, BulletsGoAfterTabsAndTheSelectionFollowsTheText) {
     EXPECT_EQ(show(toggleBulletList(body("x\n|"))), "x\n• |");
 }
 
-TEST(BodyFormattingLists, NumberingReplacesBulletsAndCountsPerLevel) {
+TEST(BodyFormattingLists, NumberingReplacesBulletsAndCountsAcrossLevels) {
     auto b = toggleNumberedList(body("[• a\n7. b\nc\n\td\n\te\nf]"));
-    EXPECT_EQ(show(b), "[1. a\n2. b\n3. c\n\t1. d\n\t2. e\n4. f]");
+    EXPECT_EQ(show(b), "[1. a\n2. b\n3. c\n\t4. d\n\t5. e\n6. f]");
     EXPECT_TRUE(formatStateOf(b).numberedList);
     EXPECT_EQ(b.text.string(), toggleNumberedList(body("[1. a\n2. b\n3. c\n\td\n\te\nf]")).text.string());
     // All numbered: the numbers go. Bullets replace numbers the other way.
