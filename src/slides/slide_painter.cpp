@@ -53,34 +53,107 @@ std::string eyebrowFor(const Slide& slide, const SlidePaintOptions& options) {
     return text;
 }
 
-// Eyebrow, title and subtitle in one column. An empty subtitle takes no
-// space; an empty title neither (there is nothing to edit here).
-Block headingBlock(const Context& c, double x, double width, PangoAlignment alignment, double titleFactor) {
+// The heading's three lines, and where each was set relative to the top
+// of its block.
+struct Heading {
     Block block;
-    double y = 0;
-    std::string eyebrow = eyebrowFor(c.slide, c.options);
-    if (!eyebrow.empty()) {
-        LayoutPtr layout = plainText(eyebrow, {c.style.eyebrowFont},
-                                     {width, alignment, c.style.eyebrowTracking * typeScale});
-        block.pieces.push_back(textPiece(layout, x, y, c.readableAccent(c.style.mutedText)));
-        y += heightOf(layout.get()) + 10 * titleFactor;
+    std::optional<TextBox> eyebrow;
+    std::optional<TextBox> title;
+    std::optional<TextBox> subtitle;
+};
+
+std::string titlePlaceholder(SlideLayout layout) {
+    switch (layout) {
+        case SlideLayout::decisions: return "Decision point";
+        case SlideLayout::callout: return "Big idea";
+        default: break;
     }
-    if (!c.slide.title.empty()) {
+    return "Slide title";
+}
+
+// Eyebrow, title and subtitle in one column. Away from the editor an empty
+// line takes no space. In the editor the eyebrow and title always keep
+// their lines, and so does the subtitle where it has a place of its own
+// (callouts, decisions, or a heading being edited); empty lines show their
+// placeholders in a faint colour so there is something to click.
+Heading headingBlock(const Context& c, double x, double width, PangoAlignment alignment, double titleFactor) {
+    Heading heading;
+    Block& block = heading.block;
+    const auto& options = c.options;
+    const TextAlign align = alignment == PANGO_ALIGN_CENTER ? TextAlign::centre : TextAlign::left;
+    const Color faint = withAlpha(c.style.mutedText, 0.5);
+    double y = 0;
+    // One line: its text (or placeholder) drawn unless a field shows it.
+    auto line = [&](const std::string& text, const std::string& placeholder, const Font& font, const LayoutOptions& o,
+                    const TextLook& look, bool hidden) {
+        LayoutPtr layout = plainText(text.empty() ? placeholder : text, font, o);
+        if (!hidden) block.pieces.push_back(textPiece(layout, x, y, text.empty() ? faint : look.colour));
+        TextBox box{{x, y, width, heightOf(layout.get())}, look, placeholder};
+        y += box.rect.height;
+        return box;
+    };
+
+    const std::string eyebrow = eyebrowFor(c.slide, options);
+    if (!eyebrow.empty() || options.editing) {
+        TextLook look{c.style.eyebrowFont.design, c.style.eyebrowFont.weight, c.style.eyebrowFont.size * typeScale,
+                      c.readableAccent(c.style.mutedText), align, c.style.eyebrowTracking * typeScale,
+                      c.style.eyebrowUppercase};
+        std::string placeholder = c.slide.layout == SlideLayout::decisions || options.deckTitle.empty()
+                                      ? std::string("Eyebrow")
+                                      : options.deckTitle;
+        std::string shownPlaceholder = c.style.eyebrowUppercase ? std::string("EYEBROW") : std::string("Eyebrow");
+        heading.eyebrow = line(eyebrow, shownPlaceholder, {c.style.eyebrowFont},
+                               {width, alignment, c.style.eyebrowTracking * typeScale}, look, options.hidden.eyebrow);
+        heading.eyebrow->placeholder = placeholder;
+        y += 10 * titleFactor;
+    }
+    if (!c.slide.title.empty() || options.editing) {
         FontSpec title = c.style.titleFont;
         title.design = c.style.titleDesign;
-        LayoutPtr layout = plainText(c.slide.title, {title, titleFactor}, {width, alignment, 0, 0.92});
-        block.pieces.push_back(textPiece(layout, x, y, c.style.primaryText));
-        y += heightOf(layout.get());
+        Font font{title, titleFactor};
+        TextLook look{title.design, title.weight, font.size(), c.style.primaryText, align};
+        heading.title = line(c.slide.title, titlePlaceholder(c.slide.layout), font, {width, alignment, 0, 0.92}, look,
+                             options.hidden.title);
     }
-    if (!c.slide.subtitle.empty()) {
+    const bool subtitleHasPlace = c.slide.layout == SlideLayout::callout ||
+                                  c.slide.layout == SlideLayout::decisions || options.showEmptySubtitle;
+    if (!c.slide.subtitle.empty() || (options.editing && subtitleHasPlace)) {
         y += 8 * titleFactor;
-        LayoutPtr layout = plainText(c.slide.subtitle, {c.style.bodyFont, 1.15 * std::min(1.0, titleFactor + 0.1)},
-                                     {width, alignment});
-        block.pieces.push_back(textPiece(layout, x, y, c.style.mutedText));
-        y += heightOf(layout.get());
+        Font font{c.style.bodyFont, 1.15 * std::min(1.0, titleFactor + 0.1)};
+        TextLook look{c.style.bodyFont.design, c.style.bodyFont.weight, font.size(), c.style.mutedText, align};
+        std::string placeholder =
+            c.slide.layout == SlideLayout::decisions ? "Optional subtitle" : "Subtitle (optional)";
+        heading.subtitle = line(c.slide.subtitle, placeholder, font, {width, alignment}, look, options.hidden.subtitle);
     }
     block.height = y;
-    return block;
+    return heading;
+}
+
+// Moves the heading to `top` of the slide, its boxes with it.
+void placeHeading(Plan& plan, Heading heading, double top, std::optional<Rect> clip = std::nullopt) {
+    for (auto* box : {&heading.eyebrow, &heading.title, &heading.subtitle}) {
+        if (*box) (*box)->rect.y += top;
+    }
+    plan.eyebrow = heading.eyebrow;
+    plan.title = heading.title;
+    plan.subtitle = heading.subtitle;
+    place(plan, std::move(heading.block), top, clip);
+}
+
+// The body typeset (by fittedBody, shrunk by `fit`) placed at the top of
+// `room`, its column down to the bottom of the space it has. In the editor
+// an empty body says where to type; a body that a field shows is left out.
+void putBody(Plan& plan, const Context& c, Block body, double fit, const Rect& room, std::optional<Rect> clip,
+             bool centreLeading = false) {
+    plan.body = BodyBox{room, fit, centreLeading};
+    if (c.options.hidden.body) return;
+    if (c.slide.body.empty() && c.options.editing) {
+        LayoutPtr hint = plainText("Add text", {c.style.bodyFont},
+                                   {room.width, centreLeading ? PANGO_ALIGN_CENTER : PANGO_ALIGN_LEFT});
+        plan.pieces.push_back(textPiece(hint, room.x, room.y, withAlpha(c.style.mutedText, 0.5)));
+        return;
+    }
+    place(plan, std::move(body), room.y, clip);
 }
 
 // -------------------------------------------------------------------- media
@@ -237,26 +310,31 @@ void placeMedia(Plan& plan, const Context& c, const Rect& area, bool fullBleed) 
 // Regular slides: eyebrow, title, subtitle and body in one left-aligned column.
 void titleLayout(Plan& plan, const Context& c) {
     const double width = W - 2 * marginX;
-    Block heading = headingBlock(c, marginX, width, PANGO_ALIGN_LEFT, 1);
-    const double bodyTop = marginTop + heading.height + (heading.height > 0 ? 28 : 0);
-    place(plan, std::move(heading), marginTop);
+    Heading heading = headingBlock(c, marginX, width, PANGO_ALIGN_LEFT, 1);
+    const double bodyTop = marginTop + heading.block.height + (heading.block.height > 0 ? 28 : 0);
+    placeHeading(plan, std::move(heading), marginTop);
     Rect area{0, bodyTop - stepRise, W, H - marginBottom / 2 - bodyTop + stepRise};
-    place(plan, fittedBody(c, marginX, width, H - marginBottom - bodyTop), bodyTop, area);
+    double fit = 1;
+    Block body = fittedBody(c, marginX, width, H - marginBottom - bodyTop, false, &fit);
+    putBody(plan, c, std::move(body), fit, {marginX, bodyTop, width, H - marginBottom - bodyTop}, area);
 }
 
 // Callouts: a large title centred on the slide, the subtitle and any body
 // under it, the whole group centred vertically.
 void calloutLayout(Plan& plan, const Context& c) {
     const double width = W - 2 * marginX;
-    Block heading = headingBlock(c, marginX, width, PANGO_ALIGN_CENTER, calloutTitle);
-    const double gap = heading.height > 0 ? 32 : 0;
-    const double available = H - marginTop - marginBottom - heading.height - gap;
-    Block body = fittedBody(c, marginX, width, available, true);
-    const double total = heading.height + (body.height > 0 ? gap + body.height : 0);
+    Heading heading = headingBlock(c, marginX, width, PANGO_ALIGN_CENTER, calloutTitle);
+    const double headingHeight = heading.block.height;
+    const double gap = headingHeight > 0 ? 32 : 0;
+    const double available = H - marginTop - marginBottom - headingHeight - gap;
+    double fit = 1;
+    Block body = fittedBody(c, marginX, width, available, true, &fit);
+    const double total = headingHeight + (body.height > 0 ? gap + body.height : 0);
     const double top = std::max(marginTop, (H - total) / 2);
-    const double bodyTop = top + heading.height + gap;
-    place(plan, std::move(heading), top);
-    place(plan, std::move(body), bodyTop, Rect{0, bodyTop - stepRise, W, H - bodyTop + stepRise});
+    const double bodyTop = top + headingHeight + gap;
+    placeHeading(plan, std::move(heading), top);
+    putBody(plan, c, std::move(body), fit, {marginX, bodyTop, width, H - marginBottom - bodyTop},
+            Rect{0, bodyTop - stepRise, W, H - bodyTop + stepRise}, true);
 }
 
 // Columns and rows of the card grid: three across at most, two by two for four.
@@ -306,11 +384,18 @@ void placeCard(Plan& plan, const Context& c, const SlideLink& link, std::size_t 
     const double scale = std::clamp(r.height / 110, 0.75, 1.0);
     FontSpec labelFont = c.style.bodyFont;
     labelFont.weight = FontWeight::semibold;
-    LayoutPtr label = plainText(link.label, {labelFont, 1.1 * scale}, {textWidth, PANGO_ALIGN_LEFT, 0, 0.95});
+    // In the editor empty texts keep their lines and show what they are for.
+    const bool editing = c.options.editing;
+    const bool hideText = c.options.hidden.cardText == link.id;
+    const Font labelSize{labelFont, 1.1 * scale}, subtitleSize{c.style.bodyFont, 0.85 * scale};
+    const bool labelShown = !link.label.empty() || editing;
+    LayoutPtr label = plainText(link.label.empty() ? "Option title" : link.label, labelSize,
+                                {textWidth, PANGO_ALIGN_LEFT, 0, 0.95});
     pango_layout_set_ellipsize(label.get(), PANGO_ELLIPSIZE_END);
     LayoutPtr subtitle;
-    if (c.slide.showLinkSubtitles && !link.subtitle.empty()) {
-        subtitle = plainText(link.subtitle, {c.style.bodyFont, 0.85 * scale}, {textWidth, PANGO_ALIGN_LEFT});
+    if (c.slide.showLinkSubtitles && (!link.subtitle.empty() || editing)) {
+        subtitle = plainText(link.subtitle.empty() ? "Option subtitle" : link.subtitle, subtitleSize,
+                             {textWidth, PANGO_ALIGN_LEFT});
         pango_layout_set_ellipsize(subtitle.get(), PANGO_ELLIPSIZE_END);
     }
     // Keep the text inside the card: at most as many lines as fit.
@@ -321,11 +406,21 @@ void placeCard(Plan& plan, const Context& c, const SlideLink& link, std::size_t 
         subtitleHeight = heightOf(subtitle.get()) + 4;
     }
     pango_layout_set_height(label.get(), static_cast<int>(std::max(1.0, inner - subtitleHeight) * PANGO_SCALE));
-    const double labelHeight = link.label.empty() ? 0 : heightOf(label.get());
+    const double labelHeight = labelShown ? heightOf(label.get()) : 0;
     const double total = labelHeight + (subtitle ? subtitleHeight : 0);
     double y = r.y + std::max(pad, (r.height - total) / 2);
-    if (!link.label.empty()) pieces.push_back(textPiece(label, r.x + pad, y, ink));
-    if (subtitle) pieces.push_back(textPiece(subtitle, r.x + pad, y + labelHeight + 4, quiet));
+    const Color placeholder = withAlpha(quiet, 0.6);
+    if (labelShown && !hideText) pieces.push_back(textPiece(label, r.x + pad, y, link.label.empty() ? placeholder : ink));
+    if (subtitle && !hideText) {
+        pieces.push_back(textPiece(subtitle, r.x + pad, y + labelHeight + 4, link.subtitle.empty() ? placeholder : quiet));
+    }
+    CardBox box{link.id, r, {{r.x + pad, y, textWidth, labelHeight}, {labelFont.design, labelFont.weight, labelSize.size(), ink},
+                "Option title"}, std::nullopt};
+    if (subtitle) {
+        box.subtitle = TextBox{{r.x + pad, y + labelHeight + 4, textWidth, subtitleHeight - 4},
+                               {c.style.bodyFont.design, c.style.bodyFont.weight, subtitleSize.size(), quiet},
+                               "Option subtitle"};
+    }
     if (arrow) {
         const double ax = r.x + r.width - pad - 10, ay = r.y + r.height / 2, s = 6 * scale;
         pieces.push_back({std::nullopt, 0, 0, std::nullopt, [=](cairo_t* cr) {
@@ -343,21 +438,41 @@ void placeCard(Plan& plan, const Context& c, const SlideLink& link, std::size_t 
                               cairo_restore(cr);
                           }});
     }
+    // A card being dragged follows the pointer, over the others.
+    const auto& drag = c.options.cardDrag;
+    const bool dragged = drag && drag->id == link.id;
+    const double dx = dragged ? drag->dx : 0, dy = dragged ? drag->dy : 0;
+    if (dragged) {
+        box.frame.x += dx;
+        box.frame.y += dy;
+    }
     for (auto& piece : pieces) {
         piece.step = index;
         piece.rise = cardRise;
-        piece.clip = Rect{r.x - 2, r.y - 2, r.width + 4, r.height + cardRise + 4};
-        plan.pieces.push_back(std::move(piece));
+        piece.dx = dx;
+        piece.dy += dy;
+        piece.clip = Rect{r.x - 2 + dx, r.y - 2 + dy, r.width + 4, r.height + cardRise + 4};
+        (dragged ? plan.onTop : plan.pieces).push_back(std::move(piece));
     }
+    if (drag && drag->target == link.id) {
+        const Color mark = c.readableAccent(c.style.primaryText);
+        plan.onTop.push_back({std::nullopt, 0, 0, std::nullopt, [=](cairo_t* cr) {
+                                  roundedRect(cr, {r.x - 5, r.y - 5, r.width + 10, r.height + 10}, radius + 4);
+                                  setSource(cr, mark);
+                                  cairo_set_line_width(cr, 3);
+                                  cairo_stroke(cr);
+                              }});
+    }
+    plan.cardBoxes.push_back(std::move(box));
 }
 
 // Decisions: the heading, then the cards in a grid in link order, left to
 // right and top to bottom, filling the space under the heading.
 void decisionsLayout(Plan& plan, const Context& c) {
     const double width = W - 2 * marginX;
-    Block heading = headingBlock(c, marginX, width, PANGO_ALIGN_LEFT, 1);
-    const double top = marginTop + heading.height + (heading.height > 0 ? 36 : 0);
-    place(plan, std::move(heading), marginTop);
+    Heading heading = headingBlock(c, marginX, width, PANGO_ALIGN_LEFT, 1);
+    const double top = marginTop + heading.block.height + (heading.block.height > 0 ? 36 : 0);
+    placeHeading(plan, std::move(heading), marginTop);
     const std::size_t count = std::min(c.slide.links.size(), DecisionCards::maxOptions);
     if (count == 0) return;
     auto [columns, rows] = gridOf(count);
@@ -391,15 +506,18 @@ void mediaLayout(Plan& plan, const Context& c) {
             const Rect column{mediaLeft ? share + 16 : 40, marginTop, W - share - 56, H - marginTop - marginBottom};
             placeMedia(plan, c, media, false);
             // The text sits in the middle of its column, or from the top when long.
-            Block heading = headingBlock(c, column.x, column.width, PANGO_ALIGN_LEFT, besideTitle);
-            const double gap = heading.height > 0 ? 18 : 0;
-            Block body = fittedBody(c, column.x, column.width, column.height - heading.height - gap);
-            const double total = heading.height + (body.height > 0 ? gap + body.height : 0);
+            Heading heading = headingBlock(c, column.x, column.width, PANGO_ALIGN_LEFT, besideTitle);
+            const double headingHeight = heading.block.height;
+            const double gap = headingHeight > 0 ? 18 : 0;
+            double fit = 1;
+            Block body = fittedBody(c, column.x, column.width, column.height - headingHeight - gap, false, &fit);
+            const double total = headingHeight + (body.height > 0 ? gap + body.height : 0);
             const double top = column.y + std::max(0.0, (column.height - total) / 2);
-            const double bodyTop = top + heading.height + gap;
+            const double bodyTop = top + headingHeight + gap;
             const Rect clip{column.x - 4, 0, column.width + 8, H};
-            place(plan, std::move(heading), top, clip);
-            place(plan, std::move(body), bodyTop, clip);
+            placeHeading(plan, std::move(heading), top, clip);
+            putBody(plan, c, std::move(body), fit,
+                    {column.x, bodyTop, column.width, column.y + column.height - bodyTop}, clip);
             return;
         }
         case SlidePosition::topBottom: {
@@ -408,12 +526,14 @@ void mediaLayout(Plan& plan, const Context& c) {
             placeMedia(plan, c, media, false);
             const double top = share + 14;
             const double width = W - 2 * marginX;
-            Block heading = headingBlock(c, marginX, width, PANGO_ALIGN_LEFT, belowTitle);
-            const double gap = heading.height > 0 ? 14 : 0;
-            const double bodyTop = top + heading.height + gap;
-            place(plan, std::move(heading), top);
+            Heading heading = headingBlock(c, marginX, width, PANGO_ALIGN_LEFT, belowTitle);
+            const double gap = heading.block.height > 0 ? 14 : 0;
+            const double bodyTop = top + heading.block.height + gap;
+            placeHeading(plan, std::move(heading), top);
             const Rect clip{0, media.y + media.height + 1, W, H - media.y - media.height - 1};
-            place(plan, fittedBody(c, marginX, width, H - mediaInset - bodyTop), bodyTop, clip);
+            double fit = 1;
+            Block body = fittedBody(c, marginX, width, H - mediaInset - bodyTop, false, &fit);
+            putBody(plan, c, std::move(body), fit, {marginX, bodyTop, width, H - bodyTop}, clip);
             return;
         }
         case SlidePosition::inText: {
@@ -421,15 +541,20 @@ void mediaLayout(Plan& plan, const Context& c) {
             // text stays where it is on a regular slide.
             const double width = W - 2 * marginX;
             const double bottom = H - marginBottom;
-            Block heading = headingBlock(c, marginX, width, PANGO_ALIGN_LEFT, inTextTitle);
-            const double bodyTop = marginTop + heading.height + (heading.height > 0 ? 22 : 0);
+            Heading heading = headingBlock(c, marginX, width, PANGO_ALIGN_LEFT, inTextTitle);
+            const double bodyTop = marginTop + heading.block.height + (heading.block.height > 0 ? 22 : 0);
             const double minMedia = (bottom - marginTop) * 0.35;
             const double mediaGap = 22;
-            Block body = fittedBody(c, marginX, width, bottom - minMedia - mediaGap - bodyTop);
-            double mediaTop = body.height > 0 ? bodyTop + body.height + mediaGap : bodyTop;
+            double fit = 1;
+            Block body = fittedBody(c, marginX, width, bottom - minMedia - mediaGap - bodyTop, false, &fit);
+            double bodyHeight = body.height;
+            // In the editor an empty body keeps a line to click into.
+            if (c.options.editing && bodyHeight <= 0) bodyHeight = c.style.bodyFont.size * typeScale * 1.4;
+            double mediaTop = bodyHeight > 0 ? bodyTop + bodyHeight + mediaGap : bodyTop;
             mediaTop = std::min(mediaTop, bottom - minMedia);
-            place(plan, std::move(heading), marginTop);
-            place(plan, std::move(body), bodyTop, Rect{0, 0, W, mediaTop - 4});
+            placeHeading(plan, std::move(heading), marginTop);
+            putBody(plan, c, std::move(body), fit, {marginX, bodyTop, width, mediaTop - mediaGap - bodyTop},
+                    Rect{0, 0, W, mediaTop - 4});
             placeMedia(plan, c, {marginX, mediaTop, width, bottom - mediaTop}, false);
             return;
         }
@@ -461,15 +586,17 @@ std::string SlidePainter::displayedEyebrow(const Slide& slide, const SlidePaintO
 }
 
 SlideGeometry SlidePainter::geometry(const Slide& slide, const SlidePaintOptions& options) {
-    SlideGeometry geometry;
-    if (slide.layout != SlideLayout::web && slide.layout != SlideLayout::image && slide.layout != SlideLayout::decisions) {
-        return geometry;
-    }
     Plan plan = planSlide(slide, options);
+    SlideGeometry geometry;
     geometry.mediaArea = plan.media;
     geometry.mediaIsWeb = plan.media && slide.layout == SlideLayout::web;
     geometry.mediaRadius = plan.mediaRadius;
     geometry.cards = std::move(plan.cards);
+    geometry.eyebrow = std::move(plan.eyebrow);
+    geometry.title = std::move(plan.title);
+    geometry.subtitle = std::move(plan.subtitle);
+    geometry.body = plan.body;
+    geometry.cardBoxes = std::move(plan.cardBoxes);
     return geometry;
 }
 
@@ -497,6 +624,7 @@ void SlidePainter::paint(cairo_t* cr, const Slide& slide, const SlidePaintOption
         return static_cast<std::int64_t>(k) <= options.reveal.index ? 1.0 : 0.0;
     };
     Plan plan = planSlide(slide, options);
+    for (auto& piece : plan.onTop) plan.pieces.push_back(std::move(piece));
     for (const auto& piece : plan.pieces) {
         const double shown = piece.step ? appearance(*piece.step) : 1.0;
         if (shown <= 0) continue;
@@ -505,7 +633,7 @@ void SlidePainter::paint(cairo_t* cr, const Slide& slide, const SlidePaintOption
             cairo_rectangle(cr, piece.clip->x, piece.clip->y, piece.clip->width, piece.clip->height);
             cairo_clip(cr);
         }
-        cairo_translate(cr, 0, piece.dy + piece.rise * (1 - shown));
+        cairo_translate(cr, piece.dx, piece.dy + piece.rise * (1 - shown));
         if (shown < 1) {
             // A group, so that text with colours of its own fades too.
             cairo_push_group(cr);

@@ -207,7 +207,7 @@ void place(Plan& plan, Block block, double y, std::optional<Rect> clip) {
     }
 }
 
-Block fittedBody(const Context& c, double x, double width, double available, bool centreLeading) {
+Block fittedBody(const Context& c, double x, double width, double available, bool centreLeading, double* fit) {
     BodyStyle bodyStyle{1, centreLeading};
     Block block = bodyBlock(c, x, width, bodyStyle);
     for (int attempt = 0; attempt < 4 && block.height > available && bodyStyle.fit > minBodyFit; ++attempt) {
@@ -215,6 +215,7 @@ Block fittedBody(const Context& c, double x, double width, double available, boo
         bodyStyle.fit = std::max(minBodyFit, bodyStyle.fit * std::sqrt(std::max(0.0, available) / block.height) * 0.98);
         block = bodyBlock(c, x, width, bodyStyle);
     }
+    if (fit) *fit = bodyStyle.fit;
     return block;
 }
 

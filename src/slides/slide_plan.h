@@ -34,6 +34,7 @@ struct Piece {
     double dy = 0;             // moves the piece down (blocks are laid out from 0)
     std::optional<Rect> clip;  // keeps overflowing text out of the media
     std::function<void(cairo_t*)> draw;
+    double dx = 0;  // moves the piece right (a dragged card)
 };
 
 // A vertical run of pieces laid out from y = 0, placed later.
@@ -56,6 +57,13 @@ struct Plan {
     std::optional<Rect> media;
     double mediaRadius = 0;
     std::vector<std::pair<Uuid, Rect>> cards;
+    // Where the editable texts are, for the editor's fields.
+    std::optional<TextBox> eyebrow;
+    std::optional<TextBox> title;
+    std::optional<TextBox> subtitle;
+    std::optional<BodyBox> body;
+    std::vector<CardBox> cardBoxes;
+    std::vector<Piece> onTop;  // drawn after all the others (a dragged card)
 };
 
 // What every layout reads: the slide, the options, the theme resolved.
@@ -85,6 +93,8 @@ void place(Plan& plan, Block block, double y, std::optional<Rect> clip = std::nu
 // `available` points of height, from y = 0. Mode all: its render items.
 // Mode reveal: one block per step of the normalised plan, each keeping its
 // place while hidden so that the slide does not move as text appears.
-Block fittedBody(const Context& c, double x, double width, double available, bool centreLeading = false);
+// `fit`, when given, receives the factor the type was shrunk by.
+Block fittedBody(const Context& c, double x, double width, double available, bool centreLeading = false,
+                 double* fit = nullptr);
 
 }  // namespace lectern::paint

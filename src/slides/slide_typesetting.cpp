@@ -6,16 +6,6 @@ namespace lectern::paint {
 
 namespace {
 
-// Faces installed by scripts/setup, each with a fallback that any desktop has.
-const char* familyFor(FontDesign design) {
-    switch (design) {
-        case FontDesign::serif: return "Liberation Serif, DejaVu Serif, serif";
-        case FontDesign::monospaced: return "DejaVu Sans Mono, Liberation Mono, monospace";
-        case FontDesign::standard: break;
-    }
-    return "Cantarell, DejaVu Sans, sans-serif";
-}
-
 PangoWeight weightFor(FontWeight weight) {
     switch (weight) {
         case FontWeight::medium: return PANGO_WEIGHT_MEDIUM;
@@ -46,7 +36,7 @@ PangoContext* typesetting() {
 LayoutPtr makeLayout(const Font& font, const LayoutOptions& o) {
     LayoutPtr layout(pango_layout_new(typesetting()), GObjectUnref{});
     PangoFontDescription* description = pango_font_description_new();
-    pango_font_description_set_family(description, familyFor(font.spec.design));
+    pango_font_description_set_family(description, fontFamily(font.spec.design).c_str());
     pango_font_description_set_weight(description, weightFor(font.spec.weight));
     pango_font_description_set_absolute_size(description, font.size() * PANGO_SCALE);
     pango_layout_set_font_description(layout.get(), description);
@@ -77,3 +67,17 @@ double heightOf(PangoLayout* layout) {
 }
 
 }  // namespace lectern::paint
+
+namespace lectern {
+
+// Faces installed by scripts/setup, each with a fallback that any desktop has.
+std::string fontFamily(FontDesign design) {
+    switch (design) {
+        case FontDesign::serif: return "Liberation Serif, DejaVu Serif, serif";
+        case FontDesign::monospaced: return "DejaVu Sans Mono, Liberation Mono, monospace";
+        case FontDesign::standard: break;
+    }
+    return "Cantarell, DejaVu Sans, sans-serif";
+}
+
+}  // namespace lectern
