@@ -117,8 +117,13 @@ Block itemsBlock(const Context& c, const std::vector<BodyRenderItem>& items, dou
             continue;
         }
         std::vector<LineLayout> lines;
+        std::vector<double> gaps;  // blank lines between command lines stay in the box
+        const double blankCodeLine = heightOf(plainText(" ", code, {width}).get());
         double height = 0, widest = 0;
-        for (const auto& line : item.lines) {
+        for (std::size_t i = 0; i < item.lines.size(); ++i) {
+            const auto& line = item.lines[i];
+            gaps.push_back(i == 0 ? 0 : blankCodeLine * static_cast<double>(line.id - item.lines[i - 1].id - 1));
+            height += gaps.back();
             lines.push_back(lineLayout(line, code, width - 2 * padX, pangoAlignment(line.alignment), true));
             PangoLayout* layout = lines.back().layout.get();
             height += heightOf(layout);
@@ -144,9 +149,11 @@ Block itemsBlock(const Context& c, const std::vector<BodyRenderItem>& items, dou
                                     cairo_fill(cr);
                                 }});
         double lineY = y + padY;
-        for (const auto& line : lines) {
-            block.pieces.push_back(textPiece(line.layout, x + shift + padX + line.indent, lineY, c.style.codeBlockText));
-            lineY += heightOf(line.layout.get());
+        for (std::size_t i = 0; i < lines.size(); ++i) {
+            lineY += gaps[i];
+            block.pieces.push_back(
+                textPiece(lines[i].layout, x + shift + padX + lines[i].indent, lineY, c.style.codeBlockText));
+            lineY += heightOf(lines[i].layout.get());
         }
         y += box.height;
     }

@@ -183,3 +183,32 @@ TEST(SlideGeometry, ADraggedCardFollowsThePointerAndItsTargetIsMarked) {
 
 }  // namespace
 }  // namespace lectern
+
+namespace lectern {
+namespace {
+
+// Rows (in design points) below the title where the left edge of the body
+// shows something other than the stage: the code block's box.
+double codeBoxHeight(const AttributedText& body) {
+    Slide slide = Slide::make(SlideLayout::regular);
+    slide.title = "Commands";
+    slide.body = body;
+    const auto drawn = pixels(slide, SlidePaintOptions{});
+    const int w = int(SlidePainter::designWidth * scale), x = int((64 + 6) * scale);
+    const std::uint32_t stage = drawn[std::size_t(w) * 2 + 2] & 0xFFFFFF;
+    int rows = 0;
+    for (std::size_t y = std::size_t(150 * scale); y < drawn.size() / w; ++y) rows += (drawn[y * w + x] & 0xFFFFFF) != stage;
+    return rows / scale;
+}
+
+TEST(SlideGeometry, ABlankLineBetweenCommandLinesStaysInTheBox) {
+    SlideBodyAttributes command;
+    command.block = SlideBodyBlockKind::command;
+    const double packed = codeBoxHeight(AttributedText("npm install\nnpm start", command));
+    const double spaced = codeBoxHeight(AttributedText("npm install\n\nnpm start", command));
+    EXPECT_GT(packed, 30);
+    EXPECT_GT(spaced, packed + 15);
+}
+
+}  // namespace
+}  // namespace lectern
