@@ -27,7 +27,7 @@ void roundedRect(cairo_t* cr, const Rect& r, double radius);
 // stays sharp and cheap from the stage down to the overview's small tiles.
 class Picture {
 public:
-    explicit Picture(cairo_surface_t* surface) : levels_{surface} {}
+    explicit Picture(cairo_surface_t* surface) : full_(surface), levels_{surface} {}
     Picture(const Picture&) = delete;
     Picture& operator=(const Picture&) = delete;
     ~Picture() {
@@ -36,7 +36,9 @@ public:
         }
     }
 
-    cairo_surface_t* full() const { return levels_.front(); }
+    // Safe from any thread: pictures are shared by the stage, the previews
+    // drawn off the main thread and imports that decode ahead.
+    cairo_surface_t* full() const { return full_; }
 
     // The copy to draw at `scale` (device pixels per picture pixel): the
     // smallest that is still at least half as large as what is drawn.
@@ -70,6 +72,7 @@ private:
         return half;
     }
 
+    cairo_surface_t* const full_;  // levels_ grows under the lock; this never changes
     mutable std::mutex mutex_;
     mutable std::vector<cairo_surface_t*> levels_;
 };

@@ -31,6 +31,9 @@ PresentingStage::PresentingStage(DeckEditor& editor, Scheduler& scheduler, Prese
     webCard_ = Gtk::make_managed<WebCard>(web.pages(), scheduler, &web.prefetcher(), state_.windowId(),
                                           state_.liveWebViews());
     webZoomConnection_ = webCard_->zoomRequested().connect([this](double zoom) { setCurrentWebZoom(zoom); });
+    webAddressConnection_ = webCard_->addressCommitted().connect([this](std::optional<std::string> url) {
+        editor_.editCurrentSlide("Set Web Address", [&url](Slide& slide) { slide.url = url; });
+    });
     webCardStyle_ = Gtk::CssProvider::create();
     webCard_->get_style_context()->add_provider(webCardStyle_, GTK_STYLE_PROVIDER_PRIORITY_APPLICATION);
 

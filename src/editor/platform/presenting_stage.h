@@ -66,6 +66,7 @@ private:
     Signal<std::size_t>::Connection cardChosenConnection_;
     Signal<std::int64_t>::Connection tileConnection_;
     Signal<double>::Connection webZoomConnection_;
+    Signal<std::optional<std::string>>::Connection webAddressConnection_;
 };
 
 }  // namespace lectern

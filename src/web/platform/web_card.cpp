@@ -73,6 +73,12 @@ WebCard::WebCard(WebKitPageFactory& pages, Scheduler& scheduler, WebPrefetcher* 
     spinner_.set_margin(12);
     spinner_.set_can_target(false);
     add_overlay(spinner_);
+    // The address field lies over the top of the page, which keeps its size.
+    addressField_.set_valign(Gtk::Align::START);
+    addressField_.set_margin(10);
+    addressConnection_ = addressField_.committed().connect(
+        [this](std::optional<std::string> url) { addressCommitted_.emit(std::move(url)); });
+    add_overlay(addressField_);
     setTheme(Theme::clinical);
     refresh();
 }
@@ -111,6 +117,7 @@ void WebCard::show(const Slide* slide, bool editing) {
     }
     slideId_ = slide->id;
     zoom_ = slide->webZoom;
+    addressField_.setAddress(slide->url);
     if (hasAddress_) {
         WebPaneController::Inputs inputs{*slide->url, slide->browserProfileId, slide->id, slide->webZoom};
         if (pane_) {
@@ -163,6 +170,8 @@ void WebCard::refresh() {
     if (message_.get_visible()) add_css_class("showing-message"); else remove_css_class("showing-message");
     host_.set_visible(hasAddress_ && !failed);
 
+    addressField_.set_visible(isWeb && editing_);
+    spinner_.set_margin_top(editing_ ? 60 : 12);  // under the address field
     spinner_.set_visible(status.kind == Kind::loading);
     spinner_.set_spinning(status.kind == Kind::loading);
     const bool zoomed = !WebZoom::isActualSize(zoom_);

@@ -10,6 +10,7 @@
 #include "base/signal.h"
 #include "model/slide.h"
 #include "web/live_web_view_registry.h"
+#include "web/platform/web_address_field.h"
 #include "web/web_pane_controller.h"
 
 namespace lectern {
@@ -20,8 +21,9 @@ class WebPrefetcher;
 // The frame of a web slide's live page on the stage: the page itself, or
 // "No URL set" for a slide without an address, "Couldn’t load page" with
 // the engine's message when loading failed, and a spinner while it loads.
-// While editing, zoom buttons and the page-zoom badge (click for actual
-// size). The window places it over the slide's web area.
+// While editing, the address field floats at the top over the page, and
+// zoom buttons and the page-zoom badge (click for actual size) at the bottom.
+// The window places it over the slide's web area.
 class WebCard : public Gtk::Overlay {
 public:
     WebCard(WebKitPageFactory& pages, Scheduler& scheduler, WebPrefetcher* prefetcher,
@@ -40,6 +42,9 @@ public:
     const WebPaneController* pane() const { return pane_.get(); }
     // The presenter asked for another page zoom for the shown slide.
     Signal<double>& zoomRequested() { return zoomRequested_; }
+    // An address was committed in the editor's field (none: cleared).
+    Signal<std::optional<std::string>>& addressCommitted() { return addressCommitted_; }
+    WebAddressField& addressField() { return addressField_; }
 
 private:
     void attachPage();
@@ -72,6 +77,9 @@ private:
     Gtk::Button zoomBadge_;
     Gtk::Button zoomIn_;
     Signal<double> zoomRequested_;
+    WebAddressField addressField_;
+    Signal<std::optional<std::string>> addressCommitted_;
+    Signal<std::optional<std::string>>::Connection addressConnection_;
 };
 
 }  // namespace lectern
