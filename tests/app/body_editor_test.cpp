@@ -153,6 +153,15 @@ TEST_F(BodyEditorTest, BarButtonsActOnTheSelectionAndKeepTheFocus) {
     clickControl("Align center");
     EXPECT_EQ(editor_->body().attributesAt(0).alignment, SlideBodyAlignment::center);
     EXPECT_FALSE(editor_->body().attributesAt(6).alignment);
+
+    // For a person to look at: a list, a wrapped item, a command block.
+    bar_->setPalettes({"#D94F30", "#2E7D5B"}, {"#3366CC"});
+    editor_->setBody(AttributedText::fromRuns(
+        {{"Intro line\n\u2022 a bullet item long enough to wrap onto a second line of the field, hanging\n", {}},
+         {"\t\u2022 deeper\n1. first\n", {}},
+         {"ls -la\n", editor_->body().attributesAt(6)},
+         {"after", {}}}));
+    testing::screenshot("body_editor");
 }
 
 TEST_F(BodyEditorTest, PastedTextKeepsNothingOfItsOwn) {

@@ -133,13 +133,14 @@ Glib::RefPtr<Gtk::TextTag> BodyEditor::colourTag(const std::string& hex) {
     return tag;
 }
 
-Glib::RefPtr<Gtk::TextTag> BodyEditor::hangTag(int width) {
-    std::string name = "look:hang:" + std::to_string(width);
+Glib::RefPtr<Gtk::TextTag> BodyEditor::indentTag(int pixels) {
+    std::string name = "look:indent:" + std::to_string(pixels);
     if (auto found = lookTags_.find(name); found != lookTags_.end()) return found->second;
     // A negative indent hangs: the first line starts at the margin (its tabs
-    // and marker fill the room), the wrapped lines line up with the text.
+    // and marker fill the room), the wrapped lines line up with the text. A
+    // positive one moves a command line in from the edge of its background.
     auto tag = buffer_->create_tag(name);
-    tag->property_indent() = -width;
+    tag->property_indent() = pixels;
     tag->set_priority(0);
     lookTags_[name] = tag;
     return tag;
@@ -185,8 +186,7 @@ void BodyEditor::setLook(const BodyEditorLook& look) {
     command->property_font_desc() = code;
     command->property_foreground_rgba() = rgba(look.style.codeBlockText);
     command->property_paragraph_background_rgba() = rgba(look.style.codeBlockBackground);
-    command->property_left_margin() = padX;
-    command->property_right_margin() = padX;
+    commandPadding_ = padX;
     lookTags_["look:first"]->property_pixels_above_lines() = 0;
     lookTags_["look:before-block"]->property_pixels_below_lines() = gap;
     lookTags_["look:cmd-top"]->property_pixels_above_lines() = padY;
@@ -197,7 +197,7 @@ void BodyEditor::setLook(const BodyEditorLook& look) {
     // paragraph again.
     auto table = buffer_->get_tag_table();
     for (auto it = lookTags_.begin(); it != lookTags_.end();) {
-        if (it->first.rfind("look:hang:", 0) == 0) {
+        if (it->first.rfind("look:indent:", 0) == 0) {
             table->remove(it->second);
             it = lookTags_.erase(it);
         } else {
@@ -275,7 +275,11 @@ void BodyEditor::retag(TextRange range) {
                 indent += markerWidth(std::string(text.substr(marker.tabs, marker.length)));
             }
         }
-        if (indent >= 1) look.push_back(hangTag(pixels(indent)));
+        if (command) {
+            look.push_back(indentTag(commandPadding_ + pixels(indent)));
+        } else if (indent >= 1) {
+            look.push_back(indentTag(-pixels(indent)));
+        }
         auto first = buffer_->get_iter_at_offset(charAt(line.begin));
         auto last = buffer_->get_iter_at_offset(charAt(line.paragraphEnd()));
         for (const auto& tag : look) buffer_->apply_tag(tag, first, last);

@@ -59,7 +59,7 @@ private:
 
     void createTags();
     Glib::RefPtr<Gtk::TextTag> colourTag(const std::string& hex);
-    Glib::RefPtr<Gtk::TextTag> hangTag(int pixels);
+    Glib::RefPtr<Gtk::TextTag> indentTag(int pixels);
     void applyLookToTags();
     int markerWidth(const std::string& marker);
 
@@ -88,7 +88,8 @@ private:
     Glib::RefPtr<Gtk::CssProvider> css_;
     EditableSlideBody body_;  // what the buffer shows, its selection and typing attributes
     BodyEditorLook look_;
-    double size_ = 21;  // body font size in view pixels
+    double size_ = 21;        // body font size in view pixels
+    int commandPadding_ = 16; // room between a command block's edge and its text
 
     std::map<const GtkTextTag*, Role> roles_;  // what each attribute tag stands for
     std::map<Role, Glib::RefPtr<Gtk::TextTag>> tags_;
