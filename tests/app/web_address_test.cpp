@@ -53,6 +53,7 @@ TEST_F(WebAddressTest, ReturnSetsATypedAddressAndRefusesOtherSchemes) {
     EXPECT_EQ(url(), "https://127.0.0.1:8123/x");
     EXPECT_TRUE(focused()) << "a refused draft stays to be corrected";
     EXPECT_EQ(entry->get_text(), "ftp://x");
+    testing::screenshot("web-address-refused");
 
     // The slide changing elsewhere leaves the draft alone; Escape shows the
     // slide's address again.
@@ -63,7 +64,6 @@ TEST_F(WebAddressTest, ReturnSetsATypedAddressAndRefusesOtherSchemes) {
     EXPECT_FALSE(focused());
     EXPECT_EQ(entry->get_text(), "https://example.org/");
     EXPECT_EQ(window.webCard().addressField().refusal(), "");
-    testing::screenshot("web-address-field");
 }
 
 }  // namespace
