@@ -91,7 +91,9 @@ CardEditors::CardEditors(DeckEditor& editor, Gtk::Overlay& overlay, StageView& s
     // "Add option", under the cards.
     addButton_ = Gtk::make_managed<Gtk::Button>();
     auto* addContent = Gtk::make_managed<Gtk::Box>(Gtk::Orientation::HORIZONTAL, 6);
-    addContent->append(*Gtk::make_managed<Gtk::Image>("list-add-symbolic"));
+    auto* addIcon = Gtk::make_managed<Gtk::Image>();
+    addIcon->set_from_icon_name("list-add-symbolic");
+    addContent->append(*addIcon);
     addContent->append(*Gtk::make_managed<Gtk::Label>("Add option"));
     addButton_->set_child(*addContent);
     addButton_->add_css_class("osd");
@@ -239,7 +241,8 @@ CardEditors::Card& CardEditors::cardFor(const Uuid& id) {
     auto card = std::make_unique<Card>();
     card->id = id;
     card->label = makeField(id, false);
-    card->mark = Gtk::make_managed<Gtk::Image>("dialog-warning-symbolic");
+    card->mark = Gtk::make_managed<Gtk::Image>();
+    card->mark->set_from_icon_name("dialog-warning-symbolic");
     card->mark->set_pixel_size(markSize);
     card->mark->add_css_class("warning");
     card->mark->add_css_class("osd");
