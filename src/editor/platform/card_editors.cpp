@@ -310,8 +310,10 @@ void CardEditors::styleField(Field& field) {
         text.set_alignment(look.align == TextAlign::centre ? 0.5f : 0.0f);
     }
     // Out of focus the field is there to take a click, but the painted card
-    // shows through it.
-    if (field.focused && field.box) {
+    // shows through it. While either field of a card has the focus, the
+    // painter leaves out both texts, so both fields show theirs.
+    const bool shown = focused_ && focused_->card == field.card;
+    if (shown && field.box) {
         std::string colour = cssColour(field.box->look.colour);
         css += "color: " + colour + "; caret-color: " + colour + "; }";
     } else {
@@ -321,7 +323,7 @@ void CardEditors::styleField(Field& field) {
         field.css = css;
         field.style->load_from_data(css);
     }
-    std::string placeholder = field.focused ? (field.subtitle ? "Optional subtitle" : "Option title") : "";
+    std::string placeholder = shown ? (field.subtitle ? "Optional subtitle" : "Option title") : "";
     if (std::string(text.get_placeholder_text()) != placeholder) text.set_placeholder_text(placeholder);
 }
 
@@ -335,7 +337,11 @@ void CardEditors::fieldFocused(Field& field, bool focused) {
         if (focused_ == &field) focused_ = nullptr;
         field.text->select_region(0, 0);
     }
-    styleField(field);
+    for (auto& card : cards_) {
+        if (card->id != field.card) continue;
+        styleField(*card->label);
+        if (card->subtitle) styleField(*card->subtitle);
+    }
     looksChanged_.emit();
 }
 
