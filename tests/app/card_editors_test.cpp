@@ -182,5 +182,40 @@ TEST_F(CardEditorsTest, AddTypeRouteDragUndoAndSave) {
     EXPECT_EQ(saved->slides[0].links[2].targetId, "");
 }
 
+TEST_F(CardEditorsTest, NineCardsOfferNoAddingAndADeletedTargetIsMarkedAndKept) {
+    Deck deck;
+    Slide question = Slide::make(SlideLayout::decisions);
+    std::string deleted = Uuid::random().string();
+    for (int k = 0; k < 9; ++k) question.links.push_back(card("Option", k == 0 ? deleted : std::string{}));
+    question.links[0].label = "Gone";
+    deck.slides = {question};
+    DeckWindow& window = open(deck);
+    StageView& stage = window.stage();
+    auto links = [&] { return window.deck().slides[0].links; };
+
+    ASSERT_TRUE(pumpUntil([&] { return named(window, "Target slide was deleted").size() == 1; }));
+    EXPECT_EQ(named(window, "No target").size(), 8u);
+    EXPECT_TRUE(named(window, "Add option").empty());
+
+    // The marked card selected and removed with its own button: room for
+    // another card again, and the other cards keep their data.
+    auto fields = named(window, "Option title");
+    auto gone = std::find_if(fields.begin(), fields.end(), [](Gtk::Widget* field) {
+        return dynamic_cast<Gtk::Text*>(field) && dynamic_cast<Gtk::Text*>(field)->get_text() == "Gone";
+    });
+    ASSERT_NE(gone, fields.end());
+    clickMiddle(**gone);
+    ASSERT_TRUE(pumpUntil([&] { return stage.selectedCard() == links()[0].id; }));
+    EXPECT_EQ(links()[0].targetId, deleted) << "a deleted target stays in the data";
+    auto remove = named(window, "Remove option");
+    ASSERT_EQ(remove.size(), 1u);
+    clickMiddle(*remove.front());
+    ASSERT_TRUE(pumpUntil([&] { return links().size() == 8; }));
+    EXPECT_EQ(window.document().undoLabel(), "Remove Option");
+    EXPECT_TRUE(named(window, "Target slide was deleted").empty());
+    EXPECT_TRUE(pumpUntil([&] { return named(window, "Add option").size() == 1; }));
+    EXPECT_TRUE(named(window, "Remove option").empty()) << "nothing is selected after the removal";
+}
+
 }  // namespace
 }  // namespace lectern
