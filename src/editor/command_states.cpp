@@ -29,8 +29,9 @@ std::map<std::string, bool> enabledCommands(const DeckDocument& document, const 
     bool isWebPage = slide && slide->layout == SlideLayout::web && slide->url;
     bool inSection = slide && slide->sectionId && !slide->isSection;
     std::map<std::string, bool> enabled{
-        {"previous-slide", canGoBack},
-        {"next-slide", canGoForward},
+        {"previous-slide", canGoBack && !facts.typing},
+        {"next-slide", canGoForward && !facts.typing},
+        {"overview", !facts.typing},
         {"advance", count > 0},
         {"go-to-slide", count > 0},
         {"reset-web-page", facts.hasLivePage},

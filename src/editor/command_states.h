@@ -11,6 +11,9 @@ namespace lectern {
 // What the window knows beyond the deck, its history and its state.
 struct CommandFacts {
     bool hasLivePage = false;  // the current web slide's page is on the stage
+    // A text field has the keyboard: the keys that move and leave text
+    // (Ctrl+Left/Right, Escape) are its own, not the window's.
+    bool typing = false;
 };
 
 // Which of the window's commands can act now, by action name without its

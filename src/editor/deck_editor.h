@@ -34,6 +34,7 @@ public:
     DeckDocument& document() { return document_; }
     const Deck& deck() const { return document_.deck(); }
     PresentationState& state() { return state_; }
+    PreferencesStore& preferences() { return preferences_; }
     // The slide on the stage, if the current index names one.
     const Slide* currentSlide() const;
     std::optional<Uuid> currentSlideId() const;

@@ -159,7 +159,7 @@ void drag(Gtk::Widget& widget, double fromX, double fromY, double toX, double to
 
 void typeText(Gtk::Window& window, const std::string& text) {
     focus(window);
-    runProgram({"xdotool", "type", "--delay", "20", text});
+    runProgram({"xdotool", "type", "--delay", "20", "--", text});
     pumpFor(0.15);
 }
 

@@ -44,6 +44,9 @@ public:
     AttributedText body() const;        // read back from the buffer's text and tags
     EditableSlideBody editable() const;  // body + selection + typing attributes
     void setLook(const BodyEditorLook& look);
+    // Typing not yet reported (it is, at the end of the user action or on
+    // the next idle).
+    bool hasPendingEdits() const { return pendingEdits_; }
     // Presses a control of the bar on the current selection (also the shortcuts).
     void apply(FormatControlId control);
     void setTextColor(std::optional<std::string> hex);  // nullopt: the theme's colour

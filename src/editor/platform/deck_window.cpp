@@ -99,6 +99,16 @@ DeckWindow::DeckWindow(Scheduler& scheduler, PreferencesStore& preferences, std:
         wasFullScreen_ = fullScreen;
     });
 
+    // While a text field has the keyboard, the window's keys that also move
+    // through text (Ctrl+Left/Right) or leave it (Escape) are the field's.
+    property_focus_widget().signal_changed().connect([this] {
+        auto* focus = get_focus();
+        bool typing = focus && (GTK_IS_TEXT(focus->gobj()) || GTK_IS_TEXT_VIEW(focus->gobj()));
+        if (typing == typing_) return;
+        typing_ = typing;
+        updateActions();
+    });
+
     deckConnection_ = editor_->deckChanged().connect([this](const DeckChange& change) { deckChanged(change); });
     stateConnection_ = state_->changed().connect([this](PresentationField field) { stateChanged(field); });
     stage_->showCurrentSlide();
@@ -176,7 +186,7 @@ void DeckWindow::buildContent() {
     header_ = GObjectRef<GtkWidget>::retain(buildHeaderBar());
     gtk_box_append(content->gobj(), header_.get());
 
-    stage_ = Gtk::make_managed<PresentingStage>(*editor_, scheduler_, hudController_);
+    stage_ = Gtk::make_managed<PresentingStage>(*editor_, scheduler_, worker_, hudController_);
     navigator_ = Gtk::make_managed<SlideNavigator>(*editor_, [this] { return paintOptions(); });
     layout_ = Gtk::make_managed<EditorLayout>(*editor_, *stage_, *navigator_);
 
@@ -204,6 +214,8 @@ bool DeckWindow::handleKey(guint keyval, Gdk::ModifierType modifiers) {
     if (bare && !inLivePage && (keyval == GDK_KEY_Page_Down || keyval == GDK_KEY_space)) keyval = keys::right;
     if (bare && !inLivePage && keyval == GDK_KEY_Page_Up) keyval = keys::left;
 
+    // Keys that move through text are the text field's (Ctrl+Left/Right).
+    if (typing_) return false;
     const auto& slides = deck().slides;
     switch (keyCommand(keyval, keyModifiers, state_->editorOpen())) {
     case KeyCommand::passOn: return false;

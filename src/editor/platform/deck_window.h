@@ -148,6 +148,7 @@ private:
 
     std::map<std::string, Glib::RefPtr<Gio::SimpleAction>> actions_;
     bool sidebarVisible_ = true;
+    bool typing_ = false;  // a text field has the keyboard
     std::unique_ptr<PresenterPanel> panel_;
     std::unique_ptr<WebCheckSheet> webCheck_;
     std::unique_ptr<BrowserProfilesWindow> profilesWindow_;

@@ -202,6 +202,7 @@ void DeckWindow::updateActions() {
     CommandFacts facts;
     const Slide* slide = editor_->currentSlide();
     facts.hasLivePage = slide && slide->layout == SlideLayout::web && state_->liveWebViews()->lookup(slide->id);
+    facts.typing = typing_;
     for (const auto& [name, enabled] : enabledCommands(*document_, *state_, facts)) {
         if (auto found = actions_.find(name); found != actions_.end()) found->second->set_enabled(enabled);
     }

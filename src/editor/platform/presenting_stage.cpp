@@ -4,6 +4,7 @@
 #include <cmath>
 
 #include "editor/deck_edits.h"
+#include "editor/platform/stage_editing.h"
 #include "present/platform/hud_bar.h"
 #include "slides/platform/overview_grid.h"
 #include "slides/platform/stage_view.h"
@@ -12,7 +13,7 @@
 
 namespace lectern {
 
-PresentingStage::PresentingStage(DeckEditor& editor, Scheduler& scheduler, PresenterHud& hudController)
+PresentingStage::PresentingStage(DeckEditor& editor, Scheduler& scheduler, Worker& worker, PresenterHud& hudController)
     : editor_(editor), state_(editor.state()), hudController_(hudController) {
     stage_ = Gtk::make_managed<StageView>();
     cardConnection_ = stage_->cardClicked().connect([this](const std::string& target) {
@@ -41,8 +42,11 @@ PresentingStage::PresentingStage(DeckEditor& editor, Scheduler& scheduler, Prese
     stageOverlay->set_vexpand(true);
     stageOverlay->set_hexpand(true);
     stageOverlay->set_child(*stage_);
-    // The live page lies over the slide's web area, under the HUD.
+    // The live page lies over the slide's web area; the editing fields over
+    // the texts they edit; the HUD over everything.
     stageOverlay->add_overlay(*webCard_);
+    editing_ = std::make_unique<StageEditing>(editor_, *stageOverlay, *stage_, worker, [this] { return paintOptions(); });
+    editingLooksConnection_ = editing_->looksChanged().connect([this] { showCurrentSlide(); });
     stageOverlay->add_overlay(*hud_);
     stageOverlay->signal_get_child_position().connect(
         [this](Gtk::Widget* child, Gdk::Rectangle& allocation) {
@@ -94,7 +98,9 @@ SlidePaintOptions PresentingStage::paintOptions() const {
 
 void PresentingStage::showCurrentSlide() {
     const Slide* slide = editor_.currentSlide();
-    SlidePaintOptions options = paintOptions();
+    // The fields first, so that the stage paints around the ones in use.
+    editing_->update(state_.editorOpen() && !state_.presenting());
+    SlidePaintOptions options = editing_->paintOptions();
     // The live page covers the web area: the painter leaves it empty.
     options.drawWebPlaceholder = !(slide && slide->layout == SlideLayout::web);
     if (slide && state_.editorOpen()) {

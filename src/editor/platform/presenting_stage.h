@@ -3,9 +3,11 @@
 #include <gtkmm.h>
 
 #include <cstdint>
+#include <memory>
 #include <string>
 
 #include "base/scheduler.h"
+#include "base/worker.h"
 #include "base/signal.h"
 #include "editor/deck_editor.h"
 #include "present/presenter_hud.h"
@@ -15,6 +17,7 @@ namespace lectern {
 
 class HudBar;
 class OverviewGrid;
+class StageEditing;
 class StageView;
 class WebCard;
 
@@ -25,7 +28,7 @@ class WebCard;
 // step by step, a click on a card jumps).
 class PresentingStage : public Gtk::Stack {
 public:
-    PresentingStage(DeckEditor& editor, Scheduler& scheduler, PresenterHud& hudController);
+    PresentingStage(DeckEditor& editor, Scheduler& scheduler, Worker& worker, PresenterHud& hudController);
     ~PresentingStage() override;
 
     // The deck's theme, accent and title, as every slide picture needs them.
@@ -45,6 +48,7 @@ public:
     StageView& stage() { return *stage_; }
     WebCard& webCard() { return *webCard_; }
     OverviewGrid& overview() { return *overview_; }
+    StageEditing& editing() { return *editing_; }
     HudBar& hud() { return *hud_; }
 
 private:
@@ -58,6 +62,7 @@ private:
     WebCard* webCard_ = nullptr;
     HudBar* hud_ = nullptr;
     OverviewGrid* overview_ = nullptr;
+    std::unique_ptr<StageEditing> editing_;
     Glib::RefPtr<Gtk::CssProvider> webCardStyle_;
     double webCardRadius_ = -1;
     bool overviewStale_ = true;  // the grid shows an older deck
@@ -66,6 +71,7 @@ private:
     Signal<std::size_t>::Connection cardChosenConnection_;
     Signal<std::int64_t>::Connection tileConnection_;
     Signal<double>::Connection webZoomConnection_;
+    Signal<>::Connection editingLooksConnection_;
     Signal<std::optional<std::string>>::Connection webAddressConnection_;
 };
 
