@@ -1,5 +1,7 @@
 #include "slides/slide_plan.h"
 
+#include <deque>
+
 #include <pango/pangocairo.h>
 
 #include <algorithm>
@@ -214,7 +216,40 @@ void place(Plan& plan, Block block, double y, std::optional<Rect> clip) {
     }
 }
 
+namespace {
+
+// A body shown whole, typeset for a place on the slide.
+struct FittedKey {
+    AttributedText body;
+    Theme theme = Theme::clinical;
+    double x = 0, width = 0, available = 0;
+    bool centreLeading = false;
+    friend bool operator==(const FittedKey&, const FittedKey&) = default;
+};
+struct Fitted {
+    FittedKey key;
+    Block block;
+    double fit = 1;
+};
+
+}  // namespace
+
 Block fittedBody(const Context& c, double x, double width, double available, bool centreLeading, double* fit) {
+    // Typesetting a long body is the painter's dearest work, and the stage,
+    // the editor's fields and the thumbnails lay out the same body in turn
+    // (a key typed in a title typesets an unchanged body three times). The
+    // last few bodies shown whole are kept, per thread: their layouts stay
+    // on the thread that made them.
+    thread_local std::deque<Fitted> recent;
+    std::optional<FittedKey> key;
+    if (!c.revealing()) {
+        key = FittedKey{c.slide.body, c.options.theme, x, width, available, centreLeading};
+        for (const auto& kept : recent) {
+            if (kept.key != *key) continue;
+            if (fit) *fit = kept.fit;
+            return kept.block;
+        }
+    }
     BodyStyle bodyStyle{1, centreLeading};
     Block block = bodyBlock(c, x, width, bodyStyle);
     for (int attempt = 0; attempt < 4 && block.height > available && bodyStyle.fit > minBodyFit; ++attempt) {
@@ -223,6 +258,10 @@ Block fittedBody(const Context& c, double x, double width, double available, boo
         block = bodyBlock(c, x, width, bodyStyle);
     }
     if (fit) *fit = bodyStyle.fit;
+    if (key) {
+        recent.push_front({std::move(*key), block, bodyStyle.fit});
+        if (recent.size() > 4) recent.pop_back();
+    }
     return block;
 }
 

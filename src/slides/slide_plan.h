@@ -89,6 +89,10 @@ struct Context {
 // to `clip` when given.
 void place(Plan& plan, Block block, double y, std::optional<Rect> clip = std::nullopt);
 
+// The slide's media (its picture, or where its live page goes) in `area`,
+// with corners of `radius` (0 where it fills the slide's edge).
+void placeMedia(Plan& plan, const Context& c, const Rect& area, double radius);
+
 // The slide's body at the largest size (up to the theme's) that fits
 // `available` points of height, from y = 0. Mode all: its render items.
 // Mode reveal: one block per step of the normalised plan, each keeping its

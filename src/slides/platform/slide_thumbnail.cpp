@@ -29,12 +29,28 @@ void SlideThumbnail::measure_vfunc(Gtk::Orientation orientation, int forSize, in
 }
 
 void SlideThumbnail::setSlide(const Slide* slide, const SlidePaintOptions& options) {
+    // The same slide changed (a key typed on the stage): the picture
+    // follows a moment later, so that typing never waits for thumbnails.
+    const bool sameSlide = slide && slide_ && slide->id == slide_->id;
     if (slide) slide_ = *slide; else slide_.reset();
     options_ = options;
     options_.reveal = {};  // everything shown
     options_.stepAppearance.clear();
-    queue_draw();
+    if (!sameSlide) {
+        redraw_.disconnect();
+        queue_draw();
+        return;
+    }
+    if (redraw_.connected()) return;
+    redraw_ = Glib::signal_timeout().connect(
+        [this] {
+            queue_draw();
+            return false;
+        },
+        250);
 }
+
+SlideThumbnail::~SlideThumbnail() { redraw_.disconnect(); }
 
 void SlideThumbnail::draw(const Cairo::RefPtr<Cairo::Context>& cr, int width, int height) {
     const double radius = 6;

@@ -16,6 +16,7 @@ class SlideThumbnail : public Gtk::DrawingArea {
 public:
     // `width` is the natural width; it may shrink to half of it.
     explicit SlideThumbnail(int width);
+    ~SlideThumbnail() override;
 
     void setSlide(const Slide* slide, const SlidePaintOptions& options);
 
@@ -28,6 +29,7 @@ private:
     void draw(const Cairo::RefPtr<Cairo::Context>& context, int width, int height);
 
     std::optional<Slide> slide_;
+    sigc::connection redraw_;
     SlidePaintOptions options_;
     int naturalWidth_;
 };
