@@ -134,6 +134,9 @@ TEST_F(StageEditingTest, EveryLayoutOffersItsHeadingFieldsByName) {
         EXPECT_EQ(headings.field(Part::subtitle).get_visible(), subtitle);
     }
     EXPECT_EQ(std::string(headings.field(Part::title).get_placeholder_text()), "Slide title");
+    // A screen reader lists the fields as text boxes.
+    EXPECT_EQ(gtk_accessible_get_accessible_role(GTK_ACCESSIBLE(headings.field(Part::title).gobj())),
+              GTK_ACCESSIBLE_ROLE_TEXT_BOX);
     window.state().select(2, 4);
     pumpFor(0.1);
     EXPECT_EQ(std::string(headings.field(Part::title).get_placeholder_text()), "Decision point");

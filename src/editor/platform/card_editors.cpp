@@ -1,4 +1,5 @@
 #include "editor/platform/card_editors.h"
+#include "editor/platform/stage_field.h"
 
 #include <algorithm>
 #include <charconv>
@@ -255,7 +256,7 @@ std::unique_ptr<CardEditors::Field> CardEditors::makeField(const Uuid& id, bool 
     auto field = std::make_unique<Field>();
     field->card = id;
     field->subtitle = subtitle;
-    field->text = Gtk::make_managed<Gtk::Text>();
+    field->text = makeStageText();
     Gtk::Text& text = *field->text;
     text.set_width_chars(1);
     text.set_enable_undo(false);  // the deck's history undoes typing

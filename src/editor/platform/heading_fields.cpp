@@ -47,7 +47,7 @@ HeadingFields::~HeadingFields() { settling_.disconnect(); }
 
 void HeadingFields::build(Part part, const std::string& name) {
     Field& entry = fields_[static_cast<std::size_t>(part)];
-    entry.text = Gtk::make_managed<Gtk::Text>();
+    entry.text = makeStageText();
     Gtk::Text& text = *entry.text;
     setAccessibleLabel(text, name);
     text.set_name(name);

@@ -50,6 +50,11 @@ void StageFieldLook::apply(const TextLook& look, double scale) {
 
 void StageFieldLook::setShown(bool shown) { field_.set_opacity(shown ? 1.0 : 0.0); }
 
+Gtk::Text* makeStageText() {
+    auto* object = g_object_new(GTK_TYPE_TEXT, "accessible-role", GTK_ACCESSIBLE_ROLE_TEXT_BOX, nullptr);
+    return Gtk::manage(Glib::wrap(GTK_TEXT(object)));
+}
+
 Gdk::Rectangle toView(const Rect& design, const Rect& slideArea) {
     const double scale = slideArea.width / SlidePainter::designWidth;
     const int x = static_cast<int>(std::floor(slideArea.x + design.x * scale));

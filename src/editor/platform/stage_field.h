@@ -27,6 +27,10 @@ private:
     std::string applied_;
 };
 
+// A single-line field for the stage, that a screen reader lists as a text
+// box (a bare Gtk::Text is otherwise left out of the accessibility tree).
+Gtk::Text* makeStageText();
+
 // A design-point rectangle in the stage's view coordinates, given the
 // slide's rectangle there.
 Gdk::Rectangle toView(const Rect& design, const Rect& slideArea);
