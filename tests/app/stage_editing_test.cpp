@@ -9,6 +9,7 @@
 #include "editor/platform/format_bar.h"
 #include "editor/platform/heading_fields.h"
 #include "editor/platform/presenting_stage.h"
+#include "editor/platform/slide_navigator.h"
 #include "editor/platform/stage_editing.h"
 #include "gui_harness.h"
 #include "model/deck_package.h"
@@ -158,6 +159,24 @@ TEST_F(StageEditingTest, EveryLayoutOffersItsHeadingFieldsByName) {
     window.activate_action("win.toggle-editor");
     pumpFor(0.2);
     EXPECT_FALSE(headings.field(Part::title).get_visible());
+}
+
+TEST_F(StageEditingTest, F6TakesTheKeyboardFromTheSlideListToTheSlideAndBack) {
+    Deck deck;
+    deck.slides.push_back(Slide::make(SlideLayout::regular));
+    DeckWindow& window = open(deck);
+    HeadingFields& headings = window.presentingStage().editing().headings();
+    window.navigator().focusCurrentRow();
+    pumpFor(0.2);
+    pressKeys(window, {"F6"});
+    ASSERT_TRUE(pumpUntil([&] { return headings.field(Part::title).has_focus(); }));
+    testing::typeText(window, "Typed without a pointer");
+    ASSERT_TRUE(pumpUntil([&] { return window.deck().slides[0].title == "Typed without a pointer"; }));
+    pressKeys(window, {"F6"});
+    ASSERT_TRUE(pumpUntil([&] {
+        auto* focus = window.get_focus();
+        return focus && isWithin(focus, window.navigator());
+    }));
 }
 
 }  // namespace

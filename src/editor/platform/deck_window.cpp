@@ -3,10 +3,15 @@
 #include <glib.h>
 
 #include "base/platform/accessible.h"
+#include "editor/platform/body_editor.h"
+#include "editor/platform/body_field.h"
 #include "editor/platform/editor_layout.h"
+#include "editor/platform/heading_fields.h"
 #include "editor/platform/presenter_panel.h"
 #include "editor/platform/presenting_stage.h"
 #include "editor/platform/slide_navigator.h"
+#include "editor/platform/stage_editing.h"
+#include "editor/platform/stage_field.h"
 #include "editor/recovery_store.h"
 #include "model/deck_package.h"
 #include "present/key_monitor.h"
@@ -17,6 +22,7 @@
 #include "slides/platform/overview_grid.h"
 #include "slides/platform/stage_view.h"
 #include "web/platform/browser_profiles_window.h"
+#include "web/platform/web_address_field.h"
 #include "web/platform/web_card.h"
 #include "web/platform/web_check_sheet.h"
 #include "web/platform/web_services.h"
@@ -195,6 +201,41 @@ void DeckWindow::buildContent() {
     adw_toast_overlay_set_child(toasts_.get(), GTK_WIDGET(layout_->gobj()));
     gtk_box_append(content->gobj(), GTK_WIDGET(toasts_.get()));
     set_child(*content);
+}
+
+void DeckWindow::focusNextPane() {
+    const Gtk::Widget* focus = get_focus();
+    const bool inList = focus && isWithin(focus, *navigator_);
+    const bool inStage = focus && isWithin(focus, *stage_);
+    auto focusStage = [this] {
+        if (!state_->editorOpen()) return false;
+        auto& editing = stage_->editing();
+        Gtk::Text& title = editing.headings().field(HeadingFields::Part::title);
+        if (title.get_visible()) return title.grab_focus();
+        if (editing.body().editor().get_visible()) {
+            editing.body().focus();
+            return true;
+        }
+        Gtk::Entry& address = webCard().addressField().entry();
+        if (address.is_drawable()) return address.grab_focus();
+        return stage().grab_focus();
+    };
+    auto focusNotes = [this] {
+        Gtk::TextView& notes = layout_->notes();
+        return notes.is_drawable() && notes.grab_focus();
+    };
+    auto focusList = [this] {
+        if (!sidebarVisible_ || !state_->editorOpen()) return false;
+        navigator_->focusCurrentRow();
+        return true;
+    };
+    if (inList) {
+        focusStage() || focusNotes() || focusList();
+    } else if (inStage) {
+        focusNotes() || focusList() || focusStage();
+    } else {
+        focusList() || focusStage() || focusNotes();
+    }
 }
 
 bool DeckWindow::handleKey(guint keyval, Gdk::ModifierType modifiers) {

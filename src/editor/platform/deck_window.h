@@ -110,6 +110,9 @@ private:
     void sizeToScreen();
     void refreshTitle();
     void refreshChrome();
+    // F6: the keyboard goes round the slide list, the slide on the stage
+    // and the presenter notes.
+    void focusNextPane();
     void refreshCounter();
     void refreshUndoLabels();
     void refreshPresenterPanel();

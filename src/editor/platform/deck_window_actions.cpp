@@ -80,6 +80,7 @@ void DeckWindow::buildActions() {
         refreshChrome();
         updateActions();
     });
+    add("next-pane", [this] { focusNextPane(); });
     add("present", [this] { state_->togglePresenting(); });
     add("toggle-timer", [this] { state_->toggleTimer(); });
     add("reset-web-page", [this] {

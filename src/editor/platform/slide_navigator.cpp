@@ -348,6 +348,12 @@ void SlideNavigator::endRenaming() {
     renaming_.reset();
 }
 
+void SlideNavigator::focusCurrentRow() {
+    if (auto current = editor_.currentSlideId()) {
+        if (auto* row = boundRow(*current)) row->cell().grab_focus();
+    }
+}
+
 void SlideNavigator::focusRowIfUnfocused(const Uuid& slide) {
     // Enter and Escape hide the focused field: the keyboard goes back to the
     // row. A field left by a click elsewhere leaves the focus where it went.

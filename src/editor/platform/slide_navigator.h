@@ -40,6 +40,9 @@ public:
     void showNewSlidePicker();
     Gtk::ListView& list() { return list_; }
 
+    // The keyboard to the current slide's row.
+    void focusCurrentRow();
+
 private:
     // The deck and the current slide.
     void deckChanged(const DeckChange& change);

@@ -20,6 +20,7 @@ const std::vector<DeckCommand>& editCommands() {
         {"win.undo", "Undo", {"<Control>z"}},
         {"win.redo", "Redo", {"<Shift><Control>z", "<Control>y"}},
         {"win.toggle-sidebar", "Toggle Sidebar", {"F9"}},
+        {"win.next-pane", "Next Pane", {"F6"}},
     };
     return commands;
 }
