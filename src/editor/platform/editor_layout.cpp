@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "base/platform/accessible.h"
+#include "editor/platform/inspector_column.h"
 #include "editor/platform/presenting_stage.h"
 #include "editor/platform/slide_navigator.h"
 
@@ -77,11 +78,10 @@ EditorLayout::EditorLayout(DeckEditor& editor, PresentingStage& stage, SlideNavi
     middle->append(*notesRevealer_);
     append(*middle);
 
-    // The inspector's place: empty and hidden until it has something to show.
-    auto* inspector = Gtk::make_managed<Gtk::Box>(Gtk::Orientation::VERTICAL);
-    inspector->add_css_class("inspector-column");
-    inspectorColumn_ = sideColumn(*inspector, inspectorWidth, Gtk::RevealerTransitionType::SLIDE_LEFT);
-    inspectorColumn_->set_visible(false);
+    // The inspector of the slide and of the deck.
+    inspector_ = Gtk::make_managed<InspectorColumn>();
+    inspector_->add_css_class("inspector-column");
+    inspectorColumn_ = sideColumn(*inspector_, inspectorWidth, Gtk::RevealerTransitionType::SLIDE_LEFT);
     append(*inspectorColumn_);
     refreshNotes();
 }
@@ -96,6 +96,7 @@ void EditorLayout::setNotesHeight(int height) {
 void EditorLayout::refreshChrome(bool sidebarVisible) {
     bool editor = state_.editorOpen();
     navigatorColumn_->set_reveal_child(editor && sidebarVisible);
+    inspectorColumn_->set_reveal_child(editor);
     notesRevealer_->set_reveal_child(editor && !state_.notesHidden());
 }
 

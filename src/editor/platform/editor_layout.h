@@ -9,6 +9,7 @@
 namespace lectern {
 
 class PresentingStage;
+class InspectorColumn;
 class SlideNavigator;
 
 // The editor's columns around the stage: the slide navigator on the left,
@@ -31,6 +32,7 @@ public:
     void refreshNotes();
 
     Gtk::TextView& notes() { return *notes_; }
+    InspectorColumn& inspector() { return *inspector_; }
     int notesHeight() const { return notesHeight_; }
     void setNotesHeight(int height);
 
@@ -41,6 +43,7 @@ private:
     PresentationState& state_;
     Gtk::Revealer* navigatorColumn_ = nullptr;
     Gtk::Revealer* inspectorColumn_ = nullptr;
+    InspectorColumn* inspector_ = nullptr;
     Gtk::Revealer* notesRevealer_ = nullptr;
     Gtk::Box* notesPane_ = nullptr;
     Gtk::TextView* notes_ = nullptr;
