@@ -4,6 +4,7 @@
 
 #include <string>
 
+#include "base/signal.h"
 #include "editor/deck_editor.h"
 
 namespace lectern {
@@ -50,6 +51,7 @@ private:
     int notesHeight_ = initialNotesHeight;
     int dragStartHeight_ = initialNotesHeight;
     bool syncing_ = false;  // the buffer is being set from the deck
+    Signal<>::Connection deckHeaderConnection_;
 };
 
 }  // namespace lectern

@@ -55,6 +55,11 @@ SlideNavigator::SlideNavigator(DeckEditor& editor, std::function<SlidePaintOptio
     title_.set_hexpand(true);
     title_.set_ellipsize(Pango::EllipsizeMode::END);
     header->append(title_);
+    // A click on the deck's title opens the deck's inspector.
+    auto headerClick = Gtk::GestureClick::create();
+    headerClick->signal_released().connect([this](int, double, double) { deckHeaderClicked_.emit(); });
+    title_.add_controller(headerClick);
+    title_.set_tooltip_text("Deck settings");
     addButton_.set_icon_name("list-add-symbolic");
     addButton_.set_tooltip_text("New slide");
     addButton_.set_has_frame(false);

@@ -42,6 +42,8 @@ public:
 
     // The keyboard to the current slide's row.
     void focusCurrentRow();
+    // The deck's title at the top was clicked.
+    Signal<>& deckHeaderClicked() { return deckHeaderClicked_; }
 
 private:
     // The deck and the current slide.
@@ -115,6 +117,7 @@ private:
     Gdk::Rectangle dropLineFrame_;
     Gtk::PopoverMenu contextMenu_;
 
+    Signal<> deckHeaderClicked_;
     Signal<const DeckChange&>::Connection deckConnection_;
     Signal<PresentationField>::Connection stateConnection_;
 };
