@@ -3,6 +3,8 @@
 #include <algorithm>
 
 #include "base/platform/accessible.h"
+#include "editor/platform/build_order_editor.h"
+#include "editor/platform/card_order_editor.h"
 #include "editor/platform/inspector_column.h"
 #include "editor/platform/presenting_stage.h"
 #include "editor/platform/slide_navigator.h"
@@ -83,6 +85,8 @@ EditorLayout::EditorLayout(DeckEditor& editor, PresentingStage& stage, SlideNavi
     inspector_->add_css_class("inspector-column");
     inspectorColumn_ = sideColumn(*inspector_, inspectorWidth, Gtk::RevealerTransitionType::SLIDE_LEFT);
     append(*inspectorColumn_);
+    inspector_->slidePage().append(*Gtk::make_managed<BuildOrderEditor>(editor_));
+    inspector_->slidePage().append(*Gtk::make_managed<CardOrderEditor>(editor_));
     refreshNotes();
 }
 
