@@ -6,8 +6,9 @@
 
 #include <adwaita.h>
 
-#include "web/platform/browser_profiles_window.h"
 #include "editor/platform/deck_window.h"
+#include "editor/platform/editor_layout.h"
+#include "editor/platform/inspector_column.h"
 #include "web/platform/web_check_sheet.h"
 #include "gui_harness.h"
 
@@ -100,12 +101,9 @@ TEST_F(KeysAfterSheetsTest, EveryShortcutWorksAtOnceAfterASheetCloses) {
     ASSERT_TRUE(pumpUntil([&] { return window.webCheck() == nullptr; }));
     expectShortcutsWork(window, "the web check's Done");
 
+    // "Browser Profiles…" shows the inspector's deck page, in the window.
     chooseFromMenu(window, "Presentation", "Browser Profiles…");
-    ASSERT_TRUE(pumpUntil([&] { return window.browserProfiles() && window.browserProfiles()->window(); }));
-    GtkWidget* profiles = GTK_WIDGET(window.browserProfiles()->window());
-    ASSERT_TRUE(pumpUntil([&] { return gtk_widget_get_mapped(profiles); }));
-    typeKeys({"Escape"});
-    ASSERT_TRUE(pumpUntil([&] { return !gtk_widget_get_visible(profiles); }));
+    EXPECT_EQ(window.layout().inspector().focus(), InspectorColumn::Focus::deck);
     expectShortcutsWork(window, "Browser Profiles");
 
     for (const char* item : {"Keyboard Shortcuts", "About Lectern"}) {

@@ -7,8 +7,11 @@
 
 #include <filesystem>
 
-#include "web/platform/browser_profiles_window.h"
+#include "editor/platform/deck_inspector.h"
 #include "editor/platform/deck_window.h"
+#include "editor/platform/editor_layout.h"
+#include "editor/platform/inspector_column.h"
+#include "editor/platform/profiles_section.h"
 #include "slides/platform/stage_view.h"
 #include "web/platform/web_check_sheet.h"
 #include "gui_harness.h"
@@ -159,8 +162,10 @@ TEST_F(WebWindowTest, BrowserProfilesSignOutDeleteAndLeaveAnotherDecksProfileAlo
     ASSERT_TRUE(std::filesystem::exists(sessions.dataFolder(unnamed.id)));
 
     window.activate_action("win.browser-profiles");
-    ASSERT_TRUE(pumpUntil([&] { return window.browserProfiles() && window.browserProfiles()->window(); }));
-    GtkWidget* profiles = GTK_WIDGET(window.browserProfiles()->window());
+    auto* inspector = dynamic_cast<DeckInspector*>(window.layout().inspector().deckPage().get_first_child());
+    ASSERT_NE(inspector, nullptr);
+    ProfilesSection& section = inspector->profiles();
+    GtkWidget* profiles = GTK_WIDGET(section.gobj());
     ASSERT_TRUE(pumpUntil([&] { return gtk_widget_get_mapped(profiles); }));
     pumpFor(0.3);
     testing::screenshot("browser-profiles");
@@ -171,7 +176,8 @@ TEST_F(WebWindowTest, BrowserProfilesSignOutDeleteAndLeaveAnotherDecksProfileAlo
     gtk_widget_activate(signOut[0]);
     auto signedOut = [&] {
         return !findWidgets(profiles, [](GtkWidget* widget) {
-                    return GTK_IS_LABEL(widget) && std::string(gtk_label_get_text(GTK_LABEL(widget))) == "Signed out";
+                    return GTK_IS_LABEL(widget) && gtk_widget_get_visible(widget) &&
+                           std::string(gtk_label_get_text(GTK_LABEL(widget))) == "Signed out";
                 }).empty();
     };
     ASSERT_TRUE(pumpUntil(signedOut, 5));
@@ -181,8 +187,8 @@ TEST_F(WebWindowTest, BrowserProfilesSignOutDeleteAndLeaveAnotherDecksProfileAlo
     auto remove = buttonsWithTooltip(profiles, "Delete Profile…");
     ASSERT_EQ(remove.size(), 2u);
     gtk_widget_activate(remove[1]);
-    ASSERT_TRUE(pumpUntil([&] { return window.browserProfiles()->confirmation() != nullptr; }));
-    AdwMessageDialog* confirmation = window.browserProfiles()->confirmation();
+    ASSERT_TRUE(pumpUntil([&] { return section.confirmation() != nullptr; }));
+    AdwMessageDialog* confirmation = section.confirmation();
     EXPECT_STREQ(adw_message_dialog_get_heading(confirmation), "Delete profile “Untitled profile”?");
     EXPECT_STREQ(adw_message_dialog_get_body(confirmation), "Its saved logins and site data will be erased.");
     adw_message_dialog_response(confirmation, "delete");

@@ -21,7 +21,6 @@
 #include "slides/deck_previews.h"
 #include "slides/platform/overview_grid.h"
 #include "slides/platform/stage_view.h"
-#include "web/platform/browser_profiles_window.h"
 #include "web/platform/web_address_field.h"
 #include "web/platform/web_card.h"
 #include "web/platform/web_check_sheet.h"
@@ -134,8 +133,6 @@ DeckWindow::~DeckWindow() {
     stage_->webCard().clear();
     trustReview_.close();
     webCheck_.reset();
-    clearedConnection_.disconnect();
-    profilesWindow_.reset();
     panel_.reset();
     deckConnection_.disconnect();
     stateConnection_.disconnect();
@@ -281,7 +278,6 @@ void DeckWindow::deckChanged(const DeckChange& change) {
     refreshTitle();
     if (change.kind == DeckChange::Kind::saved) return;
     if (webCheck_) webCheck_->setDeck(deck());
-    refreshBrowserProfiles();
     stage_->deckChanged();
     stage_->showCurrentSlide();
     layout_->refreshNotes();

@@ -24,7 +24,6 @@
 
 namespace lectern {
 
-class BrowserProfilesWindow;
 class EditorLayout;
 class HudBar;
 class OverviewGrid;
@@ -64,9 +63,6 @@ public:
     // Waits for a save under way and writes what is left; false (with a
     // message in the window) when the change is still only here.
     bool saveNow();
-
-    // The deck's browser profiles window ("Browser Profiles…") while shown.
-    BrowserProfilesWindow* browserProfiles() { return profilesWindow_.get(); }
 
     // The window's key monitor; true when the key was used.
     bool handleKey(guint keyval, Gdk::ModifierType modifiers);
@@ -124,7 +120,6 @@ private:
     void confirmClose();
     bool on_close_request() override;
     void showBrowserProfiles();
-    void refreshBrowserProfiles();
 
     Scheduler& scheduler_;
     PreferencesStore& preferences_;
@@ -154,7 +149,6 @@ private:
     bool typing_ = false;  // a text field has the keyboard
     std::unique_ptr<PresenterPanel> panel_;
     std::unique_ptr<WebCheckSheet> webCheck_;
-    std::unique_ptr<BrowserProfilesWindow> profilesWindow_;
     Glib::RefPtr<Gtk::FileChooserNative> saveDialog_;
     GObjectRef<AdwMessageDialog> deleteDialog_;
     GObjectRef<AdwMessageDialog> closeDialog_;
@@ -162,7 +156,6 @@ private:
     bool warnedOfFailedSave_ = false;  // closing again discards the change
     TrustReview trustReview_;
     bool wasFullScreen_ = false;
-    Signal<const std::optional<Uuid>&>::Connection clearedConnection_;
     Signal<const DeckChange&>::Connection deckConnection_;
     Signal<PresentationField>::Connection stateConnection_;
     Signal<const Error&>::Connection saveFailedConnection_;

@@ -5,6 +5,7 @@
 #include "base/platform/accessible.h"
 #include "editor/platform/build_order_editor.h"
 #include "editor/platform/card_order_editor.h"
+#include "editor/platform/deck_inspector.h"
 #include "editor/platform/inspector_column.h"
 #include "editor/platform/presenting_stage.h"
 #include "editor/platform/slide_navigator.h"
@@ -83,6 +84,7 @@ EditorLayout::EditorLayout(DeckEditor& editor, PresentingStage& stage, SlideNavi
     // The inspector of the slide and of the deck.
     inspector_ = Gtk::make_managed<InspectorColumn>();
     inspector_->add_css_class("inspector-column");
+    inspector_->deckPage().append(*Gtk::make_managed<DeckInspector>(editor_));
     inspectorColumn_ = sideColumn(*inspector_, inspectorWidth, Gtk::RevealerTransitionType::SLIDE_LEFT);
     append(*inspectorColumn_);
     inspector_->slidePage().append(*Gtk::make_managed<BuildOrderEditor>(editor_));
