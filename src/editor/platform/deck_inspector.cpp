@@ -1,5 +1,6 @@
 #include "editor/platform/deck_inspector.h"
 
+#include <algorithm>
 #include <cmath>
 
 #include "base/platform/accessible.h"
@@ -203,6 +204,21 @@ void DeckInspector::fillAccentChoices() {
         button->signal_toggled().connect([this, button, hex] {
             if (!syncing_ && button->get_active()) setAccent(hex);
         });
+        // A secondary click on a colour of the application's palette
+        // replaces it there, for every deck.
+        auto replace = Gtk::GestureClick::create();
+        replace->set_button(GDK_BUTTON_SECONDARY);
+        replace->signal_pressed().connect([this, hex](int, double, double) {
+            const auto& hexes = appPalette_.hexes();
+            auto it = std::find_if(hexes.begin(), hexes.end(),
+                                   [&](const std::string& h) { return DeckInspectorModel::sameColour(h, hex); });
+            if (it == hexes.end()) return;
+            std::size_t index = static_cast<std::size_t>(it - hexes.begin());
+            chooseColour("Accent Palette Color", [this, index](std::string chosen) {
+                appPalette_.replace(index, std::move(chosen));
+            });
+        });
+        button->add_controller(replace);
         accents_.append(*button);
         accentButtons_.emplace_back(hex, button);
     }
