@@ -8,6 +8,7 @@
 #include "editor/platform/deck_inspector.h"
 #include "editor/platform/inspector_column.h"
 #include "editor/platform/presenting_stage.h"
+#include "editor/platform/slide_inspector.h"
 #include "editor/platform/slide_navigator.h"
 
 namespace lectern {
@@ -84,6 +85,7 @@ EditorLayout::EditorLayout(DeckEditor& editor, PresentingStage& stage, SlideNavi
     // The inspector of the slide and of the deck.
     inspector_ = Gtk::make_managed<InspectorColumn>();
     inspector_->add_css_class("inspector-column");
+    inspector_->slidePage().append(*Gtk::make_managed<SlideInspector>(editor_));
     inspector_->deckPage().append(*Gtk::make_managed<DeckInspector>(editor_));
     inspectorColumn_ = sideColumn(*inspector_, inspectorWidth, Gtk::RevealerTransitionType::SLIDE_LEFT);
     append(*inspectorColumn_);
