@@ -98,6 +98,16 @@ TEST_F(SlideInspectorTest, LayoutPositionRouteSkipAndProfileUndoneAndSaved) {
     EXPECT_EQ(slide(0).title, "Intro");
     EXPECT_EQ(one<Gtk::Widget>(*inspector, "Left"), nullptr) << "a callout has no positions";
 
+    // An accent from the app's palette, then the deck's again.
+    clickMiddle(*one<Gtk::ToggleButton>(*inspector, "Accent #B91C1C"));
+    ASSERT_TRUE(pumpUntil([&] { return slide(0).accentHex == "#B91C1C"; }));
+    EXPECT_EQ(window.document().undoLabel(), "Change Accent");
+    auto* deckAccent = one<Gtk::ToggleButton>(*inspector, "Deck accent");
+    EXPECT_FALSE(deckAccent->get_active());
+    clickMiddle(*deckAccent);
+    ASSERT_TRUE(pumpUntil([&] { return !slide(0).accentHex; }));
+    EXPECT_TRUE(deckAccent->get_active());
+
     // On the web slide its row is open: a position chosen with the pointer.
     window.editor().state().goTo(1, false);
     Gtk::Widget* left = nullptr;
