@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "base/platform/accessible.h"
+#include "editor/platform/action_list.h"
 #include "editor/platform/build_order_editor.h"
 #include "editor/platform/card_order_editor.h"
 #include "editor/platform/deck_inspector.h"
@@ -87,6 +88,7 @@ EditorLayout::EditorLayout(DeckEditor& editor, PresentingStage& stage, SlideNavi
     inspector_->add_css_class("inspector-column");
     inspector_->slidePage().append(*Gtk::make_managed<SlideInspector>(editor_));
     inspector_->deckPage().append(*Gtk::make_managed<DeckInspector>(editor_));
+    inspector_->slidePage().append(*Gtk::make_managed<ActionList>(editor_));
     inspectorColumn_ = sideColumn(*inspector_, inspectorWidth, Gtk::RevealerTransitionType::SLIDE_LEFT);
     append(*inspectorColumn_);
     inspector_->slidePage().append(*Gtk::make_managed<BuildOrderEditor>(editor_));
