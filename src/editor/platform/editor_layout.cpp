@@ -83,16 +83,19 @@ EditorLayout::EditorLayout(DeckEditor& editor, PresentingStage& stage, SlideNavi
     middle->append(*notesRevealer_);
     append(*middle);
 
-    // The inspector of the slide and of the deck.
+    // The inspector of the slide (its settings, its build order, its demo
+    // actions) and of the deck.
     inspector_ = Gtk::make_managed<InspectorColumn>();
     inspector_->add_css_class("inspector-column");
     inspector_->slidePage().append(*Gtk::make_managed<SlideInspector>(editor_));
-    inspector_->deckPage().append(*Gtk::make_managed<DeckInspector>(editor_));
-    inspector_->slidePage().append(*Gtk::make_managed<ActionList>(editor_));
-    inspectorColumn_ = sideColumn(*inspector_, inspectorWidth, Gtk::RevealerTransitionType::SLIDE_LEFT);
-    append(*inspectorColumn_);
     inspector_->slidePage().append(*Gtk::make_managed<BuildOrderEditor>(editor_));
     inspector_->slidePage().append(*Gtk::make_managed<CardOrderEditor>(editor_));
+    inspector_->slidePage().append(*Gtk::make_managed<ActionList>(editor_));
+    inspector_->deckPage().append(*Gtk::make_managed<DeckInspector>(editor_));
+    inspectorColumn_ = sideColumn(*inspector_, inspectorWidth, Gtk::RevealerTransitionType::SLIDE_LEFT);
+    append(*inspectorColumn_);
+    deckHeaderConnection_ = navigator.deckHeaderClicked().connect(
+        [this] { inspector_->setFocus(InspectorColumn::Focus::deck); });
     refreshNotes();
 }
 
