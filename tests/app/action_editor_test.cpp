@@ -150,6 +150,12 @@ TEST_F(ActionEditorTest, AddTypeTestRunAutomateUndoAndSave) {
     ASSERT_EQ(saved->slides[0].actions.size(), 1u);
     EXPECT_EQ(saved->slides[0].actions[0], onlyAction(window));
     EXPECT_EQ(saved->slides[0].actions[0].name, "Refresh");
+
+    // Presented, the slide's automatic action runs on its own after its delay.
+    window.activate_action("win.present");
+    ASSERT_TRUE(pumpUntil([&] { return server.requests("/hook") == 2; }, 10));
+    window.activate_action("win.present");
+    pumpFor(0.3);
 }
 
 TEST_F(ActionEditorTest, SheetGoesInertWhenItsSlideIsDeleted) {
