@@ -2,12 +2,20 @@
 
 #include <glib.h>
 
+#include <algorithm>
 #include <chrono>
+#include <vector>
 #include <thread>
 
 namespace lectern::bench {
 
 using Clock = std::chrono::steady_clock;
+
+// The value below which `fraction` of the values lie (0.5: the median).
+inline double percentile(std::vector<double> values, double fraction) {
+    std::sort(values.begin(), values.end());
+    return values[static_cast<std::size_t>(fraction * static_cast<double>(values.size() - 1) + 0.5)];
+}
 
 // Turns the GLib main loop for `seconds`, sleeping briefly when it is idle.
 inline void pumpFor(double seconds) {

@@ -14,6 +14,7 @@
 
 #include "app/platform/lectern_application.h"
 #include "base/platform/gobject_ref.h"
+#include "bench_application.h"
 #include "bench_decks.h"
 #include "editor/platform/deck_window.h"
 #include "main_loop.h"
@@ -35,14 +36,7 @@ void BM_MoveSlideInTheEditor1000(benchmark::State& state) {
         state.SkipWithError("needs a display: run under xvfb-run -a");
         return;
     }
-    static lectern::bench::TempFolder config("lectern-bench-navigator");
-    static lectern::PreferencesStore preferences(config.path() / "preferences.json");
-    static auto app = [] {
-        auto created = lectern::LecternApplication::create(Gio::Application::Flags::NON_UNIQUE, &preferences);
-        created->register_application();
-        created->hold();
-        return created;
-    }();
+    auto* app = &lectern::bench::application("lectern-bench-navigator");
     lectern::Deck deck = lectern::bench::makeTalkDeck(1000, 11);
     for (auto& slide : deck.slides) slide.actions.clear();
     lectern::DeckWindow* window = app->openDeck(deck, std::nullopt);

@@ -16,19 +16,16 @@
 #include "base/platform/gobject_ref.h"
 #include "app/platform/lectern_application.h"
 #include "slides/platform/stage_view.h"
+#include "bench_application.h"
 #include "bench_decks.h"
 #include "main_loop.h"
 
 namespace {
 
 using lectern::bench::Clock;
+using lectern::bench::percentile;
 using lectern::bench::pumpFor;
 using lectern::bench::pumpUntil;
-
-double percentile(std::vector<double> values, double fraction) {
-    std::sort(values.begin(), values.end());
-    return values[static_cast<std::size_t>(fraction * static_cast<double>(values.size() - 1) + 0.5)];
-}
 
 // The talk deck without its web slides and actions, everything shown at
 // once, so every press moves to another slide drawn by the painter.
@@ -50,14 +47,7 @@ void BM_KeyPressToNextSlideOnScreen(benchmark::State& state) {
         state.SkipWithError("needs a display: run under xvfb-run -a");
         return;
     }
-    static lectern::bench::TempFolder config("lectern-bench-key");
-    static lectern::PreferencesStore preferences(config.path() / "preferences.json");
-    static auto app = [] {
-        auto created = lectern::LecternApplication::create(Gio::Application::Flags::NON_UNIQUE, &preferences);
-        created->register_application();
-        created->hold();
-        return created;
-    }();
+    auto* app = &lectern::bench::application("lectern-bench-key");
     lectern::Deck deck = keyDeck();
     lectern::DeckWindow* window = app->openDeck(deck, std::nullopt);
     pumpUntil([&] { return window->get_mapped(); }, 10);

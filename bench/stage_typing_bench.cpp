@@ -17,6 +17,7 @@
 
 #include "app/platform/lectern_application.h"
 #include "base/platform/gobject_ref.h"
+#include "bench_application.h"
 #include "bench_decks.h"
 #include "editor/platform/body_editor.h"
 #include "editor/platform/body_field.h"
@@ -30,25 +31,9 @@
 namespace {
 
 using lectern::bench::Clock;
+using lectern::bench::percentile;
 using lectern::bench::pumpFor;
 using lectern::bench::pumpUntil;
-
-double percentile(std::vector<double> values, double fraction) {
-    std::sort(values.begin(), values.end());
-    return values[static_cast<std::size_t>(fraction * static_cast<double>(values.size() - 1) + 0.5)];
-}
-
-lectern::LecternApplication& application() {
-    static lectern::bench::TempFolder config("lectern-bench-typing");
-    static lectern::PreferencesStore preferences(config.path() / "preferences.json");
-    static auto app = [] {
-        auto created = lectern::LecternApplication::create(Gio::Application::Flags::NON_UNIQUE, &preferences);
-        created->register_application();
-        created->hold();
-        return created;
-    }();
-    return *app;
-}
 
 // One regular slide whose body has 200 lines: bullets, numbers, a command
 // block and plain lines.
@@ -74,7 +59,7 @@ void typeAndTime(benchmark::State& state, Field field) {
         state.SkipWithError("needs a display: run under xvfb-run -a");
         return;
     }
-    auto& app = application();
+    auto& app = lectern::bench::application("lectern-bench-typing");
     lectern::DeckWindow* window = app.openDeck(longBodyDeck(), std::nullopt);
     pumpUntil([&] { return window->get_mapped(); }, 10);
     pumpFor(0.5);

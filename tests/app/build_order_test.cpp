@@ -16,22 +16,12 @@ namespace lectern {
 namespace {
 
 using testing::app;
+using testing::named;
+using testing::clickMiddle;
+using testing::showsText;
 using testing::pumpFor;
 using testing::pumpUntil;
 
-// Shown widgets under `root` that a screen reader reads as `name`.
-std::vector<Gtk::Widget*> named(Gtk::Widget& root, const std::string& name) {
-    std::vector<Gtk::Widget*> out;
-    auto found = testing::findWidgets(GTK_WIDGET(root.gobj()), [&](GtkWidget* widget) {
-        if (!gtk_widget_is_drawable(widget) || GTK_IS_LABEL(widget)) return false;
-        char* mismatch = gtk_test_accessible_check_property(GTK_ACCESSIBLE(widget), GTK_ACCESSIBLE_PROPERTY_LABEL,
-                                                            name.c_str());
-        g_free(mismatch);
-        return mismatch == nullptr;
-    });
-    for (GtkWidget* widget : found) out.push_back(Glib::wrap(widget));
-    return out;
-}
 
 Gtk::Widget& one(Gtk::Window& window, const std::string& name) {
     Gtk::Widget* found = nullptr;
@@ -44,12 +34,6 @@ Gtk::Widget& one(Gtk::Window& window, const std::string& name) {
     return *found;
 }
 
-bool showsText(Gtk::Window& window, const std::string& text) {
-    return !testing::findWidgets(GTK_WIDGET(window.gobj()), [&](GtkWidget* widget) {
-                return GTK_IS_LABEL(widget) && gtk_widget_is_drawable(widget) &&
-                       text == gtk_label_get_text(GTK_LABEL(widget));
-            }).empty();
-}
 
 // A point of `widget`, at fractions of its size, in the window's coordinates.
 std::pair<double, double> pointOf(Gtk::Window& window, Gtk::Widget& widget, double fx, double fy) {
@@ -75,9 +59,6 @@ void scrollToTop(Gtk::Widget& widget) {
     pumpFor(0.2);
 }
 
-void clickMiddle(Gtk::Widget& widget) {
-    testing::click(widget, widget.get_width() / 2.0, widget.get_height() / 2.0);
-}
 
 SlideLink card(const char* label) {
     SlideLink link;
@@ -132,14 +113,9 @@ TEST_F(BuildOrderTest, StepsAndCardsReorderedWithThePointerUndoneAndSaved) {
 
     // Breaking the last row of step 1 off.
     Gtk::Widget& three = one(window, "Step 1: Three");
-    auto breakers = testing::findWidgets(GTK_WIDGET(three.gobj()), [](GtkWidget* widget) {
-        char* mismatch = gtk_test_accessible_check_property(GTK_ACCESSIBLE(widget), GTK_ACCESSIBLE_PROPERTY_LABEL,
-                                                            "Break into its own step");
-        g_free(mismatch);
-        return mismatch == nullptr;
-    });
+    auto breakers = named(three, "Break into its own step");
     ASSERT_EQ(breakers.size(), 1u);
-    clickMiddle(*Glib::wrap(breakers.front()));
+    clickMiddle(*breakers.front());
     ASSERT_TRUE(settled({{0, 1}, {2}, {3}}, "3 steps")) << ::testing::PrintToString(plan());
 
     // "Four" dragged onto step 1 joins it; its own step goes.

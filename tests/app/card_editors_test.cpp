@@ -16,26 +16,14 @@ namespace lectern {
 namespace {
 
 using testing::app;
+using testing::named;
+using testing::clickMiddle;
 using testing::click;
 using testing::pressKeys;
 using testing::pumpFor;
 using testing::pumpUntil;
 
-// Shown controls a screen reader reads as `name` (labels read their text).
-std::vector<Gtk::Widget*> named(Gtk::Widget& root, const std::string& name) {
-    std::vector<Gtk::Widget*> out;
-    auto found = testing::findWidgets(GTK_WIDGET(root.gobj()), [&](GtkWidget* widget) {
-        if (!gtk_widget_is_drawable(widget) || GTK_IS_LABEL(widget)) return false;
-        char* mismatch = gtk_test_accessible_check_property(GTK_ACCESSIBLE(widget), GTK_ACCESSIBLE_PROPERTY_LABEL,
-                                                            name.c_str());
-        g_free(mismatch);
-        return mismatch == nullptr;
-    });
-    for (GtkWidget* widget : found) out.push_back(Glib::wrap(widget));
-    return out;
-}
 
-void clickMiddle(Gtk::Widget& widget) { click(widget, widget.get_width() / 2.0, widget.get_height() / 2.0); }
 
 std::vector<std::string> labels(const Deck& deck) {
     std::vector<std::string> out;

@@ -22,6 +22,7 @@ namespace {
 using testing::click;
 using testing::pressKeys;
 using testing::pumpFor;
+using testing::clickMiddle;
 using testing::pumpUntil;
 
 Gtk::Widget* withTooltip(Gtk::Widget& root, const std::string& tooltip) {
@@ -32,7 +33,6 @@ Gtk::Widget* withTooltip(Gtk::Widget& root, const std::string& tooltip) {
     return found.empty() ? nullptr : Glib::wrap(found.front());
 }
 
-void clickMiddle(Gtk::Widget& widget) { click(widget, widget.get_width() / 2.0, widget.get_height() / 2.0); }
 
 class DeckInspectorTest : public testing::WindowTest {};
 

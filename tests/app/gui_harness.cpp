@@ -163,6 +163,28 @@ void typeText(Gtk::Window& window, const std::string& text) {
     pumpFor(0.15);
 }
 
+std::vector<Gtk::Widget*> named(Gtk::Widget& root, const std::string& name) {
+    std::vector<Gtk::Widget*> out;
+    auto found = findWidgets(GTK_WIDGET(root.gobj()), [&](GtkWidget* widget) {
+        if (!gtk_widget_is_drawable(widget) || GTK_IS_LABEL(widget)) return false;
+        char* mismatch = gtk_test_accessible_check_property(GTK_ACCESSIBLE(widget), GTK_ACCESSIBLE_PROPERTY_LABEL,
+                                                            name.c_str());
+        g_free(mismatch);
+        return mismatch == nullptr;
+    });
+    for (GtkWidget* widget : found) out.push_back(Glib::wrap(widget));
+    return out;
+}
+
+void clickMiddle(Gtk::Widget& widget) { click(widget, widget.get_width() / 2.0, widget.get_height() / 2.0); }
+
+bool showsText(Gtk::Widget& root, const std::string& text) {
+    return !findWidgets(GTK_WIDGET(root.gobj()), [&](GtkWidget* widget) {
+                return GTK_IS_LABEL(widget) && gtk_widget_is_drawable(widget) &&
+                       text == gtk_label_get_text(GTK_LABEL(widget));
+            }).empty();
+}
+
 void screenshot(const std::string& name) {
     pumpFor(0.3);  // let transitions settle
     std::filesystem::path folder = LECTERN_ARTIFACTS_DIR;

@@ -59,6 +59,14 @@ std::filesystem::path examplesDir();
 // tree order.
 std::vector<GtkWidget*> findWidgets(GtkWidget* root, const std::function<bool(GtkWidget*)>& match);
 
+// Shown controls under `root` that a screen reader reads as `name`
+// (labels, which read their own text, are left out).
+std::vector<Gtk::Widget*> named(Gtk::Widget& root, const std::string& name);
+// A click in the middle of a widget.
+void clickMiddle(Gtk::Widget& widget);
+// Whether a shown label under `root` reads exactly `text`.
+bool showsText(Gtk::Widget& root, const std::string& text);
+
 // Tests of the application's windows: skipped without a display, with no
 // remembered consent at the start and no window left at the end.
 class WindowTest : public ::testing::Test {

@@ -19,6 +19,7 @@ namespace lectern {
 namespace {
 
 using testing::app;
+using testing::showsText;
 using testing::pressKeys;
 using testing::pumpFor;
 using testing::pumpUntil;
@@ -43,12 +44,6 @@ GtkWidget* widgetWithClass(DeckWindow& window, const char* cssClass) {
     auto found = testing::findWidgets(GTK_WIDGET(window.gobj()),
                                       [&](GtkWidget* widget) { return gtk_widget_has_css_class(widget, cssClass); });
     return found.empty() ? nullptr : found.front();
-}
-bool showsText(DeckWindow& window, const std::string& text) {
-    return !testing::findWidgets(GTK_WIDGET(window.gobj()), [&](GtkWidget* widget) {
-                return GTK_IS_LABEL(widget) && gtk_widget_is_visible(widget) &&
-                       text == gtk_label_get_text(GTK_LABEL(widget));
-            }).empty();
 }
 
 class ImageEditingTest : public testing::WindowTest {

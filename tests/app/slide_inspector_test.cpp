@@ -14,21 +14,10 @@ namespace lectern {
 namespace {
 
 using testing::app;
+using testing::named;
+using testing::clickMiddle;
 using testing::pumpUntil;
 
-// Shown controls under `root` that a screen reader reads as `name`.
-std::vector<Gtk::Widget*> named(Gtk::Widget& root, const std::string& name) {
-    std::vector<Gtk::Widget*> out;
-    auto found = testing::findWidgets(GTK_WIDGET(root.gobj()), [&](GtkWidget* widget) {
-        if (!gtk_widget_is_drawable(widget) || GTK_IS_LABEL(widget)) return false;
-        char* mismatch = gtk_test_accessible_check_property(GTK_ACCESSIBLE(widget), GTK_ACCESSIBLE_PROPERTY_LABEL,
-                                                            name.c_str());
-        g_free(mismatch);
-        return mismatch == nullptr;
-    });
-    for (GtkWidget* widget : found) out.push_back(Glib::wrap(widget));
-    return out;
-}
 
 template <class Widget>
 Widget* one(Gtk::Widget& root, const std::string& name) {
@@ -36,7 +25,6 @@ Widget* one(Gtk::Widget& root, const std::string& name) {
     return found.size() == 1 ? dynamic_cast<Widget*>(found.front()) : nullptr;
 }
 
-void clickMiddle(Gtk::Widget& widget) { testing::click(widget, widget.get_width() / 2.0, widget.get_height() / 2.0); }
 
 // Chooses the entry titled `title` of a drop-down, as picking it from its list does.
 void choose(Gtk::DropDown& dropDown, const std::string& title) {

@@ -41,6 +41,36 @@ std::optional<graphene_rect_t> boundsIn(Gtk::Widget& widget, Gtk::Widget& parent
     return bounds;
 }
 
+void assemble(Gtk::Box& section, Gtk::Expander& expander, Gtk::Label& help, const char* helpText, Gtk::Label& empty,
+              const char* emptyText, Gtk::Widget& list) {
+    help.set_text(helpText);
+    empty.set_text(emptyText);
+    for (Gtk::Label* label : {&help, &empty}) {
+        label->set_wrap(true);
+        label->set_xalign(0);
+        label->add_css_class("dim-label");
+        label->add_css_class("reveal-order-help");
+    }
+    auto* content = Gtk::make_managed<Gtk::Box>(Gtk::Orientation::VERTICAL, 6);
+    content->set_margin_top(6);
+    content->append(help);
+    content->append(empty);
+    content->append(list);
+    expander.set_child(*content);
+    section.append(expander);
+}
+
+void acceptRows(Gtk::Widget& list, std::function<Gdk::DragAction(double, double)> moved, std::function<void()> left,
+                std::function<bool(double, double)> dropped) {
+    auto target = Gtk::DropTarget::create(G_TYPE_STRING, Gdk::DragAction::MOVE);
+    target->signal_enter().connect(moved, false);
+    target->signal_motion().connect(moved, false);
+    target->signal_leave().connect(std::move(left));
+    target->signal_drop().connect(
+        [dropped = std::move(dropped)](const Glib::ValueBase&, double x, double y) { return dropped(x, y); }, false);
+    list.add_controller(target);
+}
+
 }  // namespace reveal_order
 
 namespace {
@@ -96,32 +126,13 @@ BuildOrderEditor::BuildOrderEditor(DeckEditor& editor)
     expander_.set_expanded(true);
     setAccessibleLabel(expander_, "Build Order");
 
-    help_.set_text("Tap and hold a row to drag it. Drop on a step to merge; drop in a gap between steps to "
-                   "insert as a new step.");
-    empty_.set_text("Type content on the stage to build a reveal sequence.");
-    for (Gtk::Label* label : {&help_, &empty_}) {
-        label->set_wrap(true);
-        label->set_xalign(0);
-        label->add_css_class("dim-label");
-        label->add_css_class("reveal-order-help");
-    }
-    auto* content = Gtk::make_managed<Gtk::Box>(Gtk::Orientation::VERTICAL, 6);
-    content->set_margin_top(6);
-    content->append(help_);
-    content->append(empty_);
-    content->append(stepsBox_);
-    expander_.set_child(*content);
-    append(expander_);
-
-    // One drop target for the whole list: the step or gap under the pointer
-    // is worked out from the frames of the steps and gaps on screen.
-    auto target = Gtk::DropTarget::create(G_TYPE_STRING, Gdk::DragAction::MOVE);
-    target->signal_enter().connect([this](double x, double y) { return dragMoved(x, y); }, false);
-    target->signal_motion().connect([this](double x, double y) { return dragMoved(x, y); }, false);
-    target->signal_leave().connect([this] { showDropSpot(std::nullopt); });
-    target->signal_drop().connect([this](const Glib::ValueBase&, double x, double y) { return dropped(x, y); },
-                                  false);
-    stepsBox_.add_controller(target);
+    reveal_order::assemble(*this, expander_, help_,
+                           "Tap and hold a row to drag it. Drop on a step to merge; drop in a gap between steps to "
+                           "insert as a new step.",
+                           empty_, "Type content on the stage to build a reveal sequence.", stepsBox_);
+    reveal_order::acceptRows(
+        stepsBox_, [this](double x, double y) { return dragMoved(x, y); }, [this] { showDropSpot(std::nullopt); },
+        [this](double x, double y) { return dropped(x, y); });
     gaps_.push_back(makeGap());
 
     deckConnection_ = editor_.deckChanged().connect([this](const DeckChange& change) {

@@ -2,6 +2,8 @@
 
 #include <gtkmm.h>
 
+#include <functional>
+
 #include <cstddef>
 #include <memory>
 #include <optional>
@@ -23,6 +25,14 @@ void installStyle();
 std::string countText(std::size_t count, const std::string& one, const std::string& many);
 // The bounds of `widget` in `parent`'s coordinates (empty when unmapped).
 std::optional<graphene_rect_t> boundsIn(Gtk::Widget& widget, Gtk::Widget& parent);
+// Fills a reveal-order section: the help and empty texts over `list`, in
+// the expander, which goes into `section`.
+void assemble(Gtk::Box& section, Gtk::Expander& expander, Gtk::Label& help, const char* helpText, Gtk::Label& empty,
+              const char* emptyText, Gtk::Widget& list);
+// One drop target for the whole list: where a row would land is worked out
+// from the frames on screen as the pointer moves.
+void acceptRows(Gtk::Widget& list, std::function<Gdk::DragAction(double, double)> moved, std::function<void()> left,
+                std::function<bool(double, double)> dropped);
 
 }  // namespace reveal_order
 

@@ -46,30 +46,13 @@ CardOrderEditor::CardOrderEditor(DeckEditor& editor) : Gtk::Box(Gtk::Orientation
     expander_.set_expanded(true);
     setAccessibleLabel(expander_, "Card Reveal Order");
 
-    help_.set_text("Tap and hold a row to drag it to a new position — decision cards reveal in the order shown "
-                   "here during manual reveal.");
-    empty_.set_text("Add decision cards on the stage to build a reveal sequence.");
-    for (Gtk::Label* label : {&help_, &empty_}) {
-        label->set_wrap(true);
-        label->set_xalign(0);
-        label->add_css_class("dim-label");
-        label->add_css_class("reveal-order-help");
-    }
-    auto* content = Gtk::make_managed<Gtk::Box>(Gtk::Orientation::VERTICAL, 6);
-    content->set_margin_top(6);
-    content->append(help_);
-    content->append(empty_);
-    content->append(rowsBox_);
-    expander_.set_child(*content);
-    append(expander_);
-
-    auto target = Gtk::DropTarget::create(G_TYPE_STRING, Gdk::DragAction::MOVE);
-    target->signal_enter().connect([this](double x, double y) { return dragMoved(x, y); }, false);
-    target->signal_motion().connect([this](double x, double y) { return dragMoved(x, y); }, false);
-    target->signal_leave().connect([this] { showTarget(std::nullopt); });
-    target->signal_drop().connect([this](const Glib::ValueBase&, double x, double y) { return dropped(x, y); },
-                                  false);
-    rowsBox_.add_controller(target);
+    reveal_order::assemble(*this, expander_, help_,
+                           "Tap and hold a row to drag it to a new position — decision cards reveal in the order "
+                           "shown here during manual reveal.",
+                           empty_, "Add decision cards on the stage to build a reveal sequence.", rowsBox_);
+    reveal_order::acceptRows(
+        rowsBox_, [this](double x, double y) { return dragMoved(x, y); }, [this] { showTarget(std::nullopt); },
+        [this](double x, double y) { return dropped(x, y); });
 
     deckConnection_ = editor_.deckChanged().connect([this](const DeckChange& change) {
         if (change.kind != DeckChange::Kind::saved) scheduleRefresh();

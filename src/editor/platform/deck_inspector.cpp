@@ -4,6 +4,7 @@
 #include <cmath>
 
 #include "base/platform/accessible.h"
+#include "editor/platform/colour_swatch.h"
 #include "editor/deck_inspector_model.h"
 #include "editor/platform/profiles_section.h"
 #include "model/color.h"
@@ -24,29 +25,6 @@ Gtk::Label* heading(const std::string& text) {
     label->set_xalign(0);
     label->set_margin_top(6);
     return label;
-}
-
-// A round swatch of the colour `colour()` gives when drawn; an empty one
-// (nullopt) is a dashed ring.
-Gtk::DrawingArea* swatchArea(std::function<std::optional<Color>()> colour) {
-    auto* area = Gtk::make_managed<Gtk::DrawingArea>();
-    area->set_content_width(swatchSize);
-    area->set_content_height(swatchSize);
-    area->set_draw_func([colour = std::move(colour)](const Cairo::RefPtr<Cairo::Context>& cr, int width, int height) {
-        double radius = std::min(width, height) / 2.0 - 1;
-        cr->arc(width / 2.0, height / 2.0, radius, 0, 2 * M_PI);
-        if (auto c = colour()) {
-            cr->set_source_rgba(c->red, c->green, c->blue, 1);
-            cr->fill_preserve();
-            cr->set_source_rgba(0, 0, 0, 0.2);
-        } else {
-            cr->set_source_rgba(0.5, 0.5, 0.5, 0.8);
-            cr->set_dash(std::vector<double>{3, 2}, 0);
-        }
-        cr->set_line_width(1);
-        cr->stroke();
-    });
-    return area;
 }
 
 std::optional<Color> colourOf(const std::optional<std::string>& hex) {
@@ -196,7 +174,7 @@ void DeckInspector::fillAccentChoices() {
     accentButtons_.clear();
     for (const auto& hex : accentChoices_) {
         auto* button = Gtk::make_managed<Gtk::ToggleButton>();
-        button->set_child(*swatchArea([colour = Color::fromHex(hex)] { return colour; }));
+        button->set_child(*makeColourSwatch([colour = Color::fromHex(hex)] { return colour; }, swatchSize));
         button->set_has_frame(false);
         button->set_group(defaultAccent_);
         button->set_tooltip_text(hex);
@@ -251,7 +229,7 @@ void DeckInspector::buildPalette() {
     auto* row = Gtk::make_managed<Gtk::Box>(Gtk::Orientation::HORIZONTAL, 2);
     for (std::size_t index = 0; index < swatches_.size(); ++index) {
         auto* button = Gtk::make_managed<Gtk::MenuButton>();
-        button->set_child(*swatchArea([this, index] { return colourOf(editor_.deck().palette.swatches()[index]); }));
+        button->set_child(*makeColourSwatch([this, index] { return colourOf(editor_.deck().palette.swatches()[index]); }, swatchSize));
         button->set_has_frame(false);
         button->set_popover(*swatchMenu(index));
         std::string name = swatchName(index, editor_.deck().palette.swatches()[index]);
@@ -277,7 +255,7 @@ Gtk::Popover* DeckInspector::swatchMenu(std::size_t index) {
             auto hex = canonicalHex(text);
             if (!hex) continue;
             auto* button = Gtk::make_managed<Gtk::Button>();
-            button->set_child(*swatchArea([colour = Color::fromHex(*hex)] { return colour; }));
+            button->set_child(*makeColourSwatch([colour = Color::fromHex(*hex)] { return colour; }, swatchSize));
             button->set_has_frame(false);
             button->set_tooltip_text(*hex);
             setAccessibleLabel(*button, *hex);

@@ -4,6 +4,7 @@
 #include <cmath>
 
 #include "base/platform/accessible.h"
+#include "editor/platform/colour_swatch.h"
 #include "editor/deck_edits.h"
 #include "editor/platform/layout_picker.h"
 #include "model/color.h"
@@ -289,17 +290,7 @@ void SlideInspector::fillSwatches(Gtk::Box& row, const std::vector<std::string>&
     for (const auto& hex : hexes) {
         auto colour = Color::fromHex(hex);
         if (!colour) continue;
-        auto* swatch = Gtk::make_managed<Gtk::DrawingArea>();
-        swatch->set_content_width(swatchSize);
-        swatch->set_content_height(swatchSize);
-        swatch->set_draw_func([c = *colour](const Cairo::RefPtr<Cairo::Context>& cr, int width, int height) {
-            cr->arc(width / 2.0, height / 2.0, std::min(width, height) / 2.0 - 1, 0, 2 * M_PI);
-            cr->set_source_rgba(c.red, c.green, c.blue, c.alpha);
-            cr->fill_preserve();
-            cr->set_source_rgba(0, 0, 0, 0.2);
-            cr->set_line_width(1);
-            cr->stroke();
-        });
+        auto* swatch = makeColourSwatch(*colour, swatchSize);
         auto* button = Gtk::make_managed<Gtk::ToggleButton>();
         button->set_child(*swatch);
         button->set_has_frame(false);
