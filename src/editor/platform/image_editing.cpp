@@ -1,9 +1,9 @@
 #include "editor/platform/image_editing.h"
+#include "editor/platform/stage_field.h"
 
 #include <gdk-pixbuf/gdk-pixbuf.h>
 
 #include <algorithm>
-#include <cmath>
 
 #include "base/platform/accessible.h"
 #include "editor/deck_edits.h"
@@ -152,12 +152,7 @@ std::optional<Gdk::Rectangle> ImageEditing::placement() const {
     if (!editing_ || !slide || slide->layout != SlideLayout::image) return std::nullopt;
     auto media = SlidePainter::geometry(*slide, paintOptions_()).mediaArea;
     if (!media) return std::nullopt;
-    const Rect area = stage_.slideArea();
-    const auto fit = SlidePainter::fit(area.width, area.height);
-    const int x = static_cast<int>(std::round(area.x + fit.offsetX + media->x * fit.scale));
-    const int y = static_cast<int>(std::round(area.y + fit.offsetY + media->y * fit.scale));
-    return Gdk::Rectangle(x, y, std::max(1, static_cast<int>(std::round(media->width * fit.scale))),
-                          std::max(1, static_cast<int>(std::round(media->height * fit.scale))));
+    return toView(*media, stage_.slideArea());
 }
 
 void ImageEditing::update(bool editing) {
