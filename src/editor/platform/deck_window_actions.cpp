@@ -274,6 +274,7 @@ GtkWidget* DeckWindow::buildHeaderBar() {
     menusSection->append_submenu("Presentation", presentationMenu);
     menu->append_section(menusSection);
     auto appSection = Gio::Menu::create();
+    appSection->append("Preferences", "app.preferences");
     appSection->append("Keyboard Shortcuts", "win.show-help-overlay");
     appSection->append("Check for Updates…", "app.check-for-updates");
     appSection->append("About Lectern", "app.about");

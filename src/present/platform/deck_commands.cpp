@@ -65,6 +65,7 @@ const std::vector<DeckCommand>& presentationCommands() {
 
 const std::vector<DeckCommand>& applicationCommands() {
     static const std::vector<DeckCommand> commands{
+        {"app.preferences", "Preferences", {"<Control>comma"}},
         {"app.check-for-updates", "Check for Updates…", {}},
         {"app.about", "About Lectern", {}},
         {"app.quit", "Quit", {"<Control>q"}},
