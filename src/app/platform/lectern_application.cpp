@@ -4,6 +4,7 @@
 #include <stdlib.h>
 
 #include "app/platform/app_style.h"
+#include "base/install_layout.h"
 #include "present/platform/deck_commands.h"
 #include "editor/platform/deck_window.h"
 #include "base/platform/gobject_ref.h"
@@ -42,11 +43,13 @@ void rememberRecent(const std::filesystem::path& package) {
     g_free(uri);
 }
 
-// The example deck that comes with Lectern: the source tree's, or the one
-// LECTERN_EXAMPLE_DECK names.
+// The example deck that comes with Lectern: the one installed with it (in a
+// build folder, a link to the source tree's), or the one LECTERN_EXAMPLE_DECK
+// names.
 std::filesystem::path exampleDeck() {
     const char* chosen = g_getenv("LECTERN_EXAMPLE_DECK");
-    std::filesystem::path source = chosen && *chosen ? chosen : LECTERN_EXAMPLE_DECK;
+    std::filesystem::path source = chosen && *chosen ? std::filesystem::path(chosen)
+                                                     : lecternDataDir() / "Welcome.lectern";
     source = source.lexically_normal();
     return source.has_filename() ? source : source.parent_path();  // "Welcome.lectern/"
 }
