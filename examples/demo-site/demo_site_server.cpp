@@ -2,8 +2,9 @@
 //
 // It serves "Larkspur", a made-up orders dashboard, on 127.0.0.1 only, so the
 // example deck's web slide, browser profile and demo actions work without
-// internet. Static pages come from a folder (public/ beside this file); the
-// API keeps its orders in memory:
+// internet. Static pages come from a folder (public/ beside this file, which
+// is installed as <prefix>/share/lectern/demo-site); the API keeps its orders
+// in memory:
 //
 //   GET  /api/health   who answers here (scripts/run checks it before reusing a port)
 //   GET  /api/me       who is signed in, from the session cookie (401 when nobody)
@@ -19,6 +20,7 @@
 // Usage: lectern-demo-site [--port N] [--root DIR]. One line on stdout when
 // it listens; SIGTERM or SIGINT stops it with status 0.
 #include <glib-unix.h>
+#include <glib/gi18n.h>
 #include <libsoup/soup.h>
 
 #include <nlohmann/json.hpp>
@@ -36,9 +38,7 @@
 #include <string_view>
 #include <vector>
 
-#ifndef LECTERN_DEMO_SITE_ROOT
-#define LECTERN_DEMO_SITE_ROOT "public"
-#endif
+#include "base/install_layout.h"
 
 namespace {
 
@@ -446,33 +446,42 @@ gboolean quitLoop(gpointer loop) {
     return G_SOURCE_CONTINUE;
 }
 
+// With a problem: the problem and the usage line on standard error, status 2.
+// Without (--help): the usage and what the options do on standard output.
 int usage(const char* problem) {
-    if (problem) std::fprintf(stderr, "lectern-demo-site: %s\n", problem);
-    std::fprintf(problem ? stderr : stdout,
-                 "Usage: lectern-demo-site [--port N] [--root DIR]\n"
-                 "Serves the example deck's demo site on 127.0.0.1 (port %d unless told).\n",
-                 defaultPort);
-    return problem ? 2 : 0;
+    if (problem) {
+        std::fprintf(stderr, "lectern-demo-site: %s\n", problem);
+        std::fprintf(stderr, "%s\n", _("Usage: lectern-demo-site [--port N] [--root DIR]"));
+        return 2;
+    }
+    std::printf("%s\n\n", _("Usage: lectern-demo-site [--port N] [--root DIR]"));
+    std::printf(_("Serves the example deck's demo site on 127.0.0.1 until stopped.\n"
+                  "\n"
+                  "  --port N      listen on port N (%d unless told)\n"
+                  "  --root DIR    serve the pages in DIR (%s unless told)\n"
+                  "  --help        print this and exit\n"),
+                defaultPort, (lectern::lecternDataDir() / "demo-site").c_str());
+    return 0;
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
     int port = defaultPort;
-    std::filesystem::path root = LECTERN_DEMO_SITE_ROOT;
+    std::filesystem::path root = lectern::lecternDataDir() / "demo-site";
     for (int i = 1; i < argc; ++i) {
         const std::string_view argument = argv[i];
         if (argument == "--help" || argument == "-h") return usage(nullptr);
-        if ((argument == "--port" || argument == "--root") && i + 1 >= argc) return usage("missing value after an option");
+        if ((argument == "--port" || argument == "--root") && i + 1 >= argc) return usage(_("missing value after an option"));
         if (argument == "--port") {
             char* end = nullptr;
             const long value = std::strtol(argv[++i], &end, 10);
-            if (!end || *end || value < 1 || value > 65535) return usage("the port must be a number from 1 to 65535");
+            if (!end || *end || value < 1 || value > 65535) return usage(_("the port must be a number from 1 to 65535"));
             port = int(value);
         } else if (argument == "--root") {
             root = argv[++i];
         } else {
-            std::string problem = "unknown argument ";
+            std::string problem = _("unknown argument ");
             problem += argument;
             return usage(problem.c_str());
         }
