@@ -39,10 +39,21 @@ struct UpdateResult {
 // Keeps "Last checked" and the automatic-check setting in the preferences.
 class AppUpdater {
 public:
-    // `feed` empty: this build has no update checks. `currentVersion` is
-    // compared with the feed's versions.
+    using Clock = std::function<std::chrono::system_clock::time_point()>;
+
+    // The preference keys: a bool, on when absent; seconds since the epoch
+    // (UTC) of the last check that reached the feed.
+    static constexpr const char* automaticallyCheckKey = "updates.automaticallyCheck.v1";
+    static constexpr const char* lastCheckedKey = "updates.lastChecked.v1";
+    static constexpr std::chrono::hours checkInterval{24};
+
+    // `feed` empty: this build has no update checks. It must be an https
+    // address (plain http only to this machine); any other is refused at
+    // every check, without a request. `currentVersion` is compared with the
+    // feed's versions. `clock` is the wall clock that "Last checked" and the
+    // day between checks are measured on.
     AppUpdater(std::string feed, std::string currentVersion, PreferencesStore& preferences, Scheduler& scheduler,
-               std::unique_ptr<FeedFetcher> fetcher);
+               std::unique_ptr<FeedFetcher> fetcher, Clock clock = [] { return std::chrono::system_clock::now(); });
     ~AppUpdater();
 
     bool hasFeed() const;
