@@ -12,8 +12,12 @@ namespace {
 // GMarkup knows nothing of namespaces, so names keep their prefixes; this
 // resolves them against the xmlns declarations in scope.
 struct Name {
-    bool appcast = false;  // in the appcast's namespace (else plain RSS)
+    enum class Space { rss, appcast, other };  // rss: no prefix
+    Space space = Space::rss;
     std::string local;
+
+    bool rss(const char* name) const { return space == Space::rss && local == name; }
+    bool appcast(const char* name) const { return space == Space::appcast && local == name; }
 };
 
 enum class Field { none, title, link, releaseNotesLink, version, shortVersion, channel };
@@ -32,14 +36,16 @@ struct Parser {
 
     Name resolve(const char* qualified) const {
         const char* colon = std::strchr(qualified, ':');
-        if (!colon) return {false, qualified};
+        if (!colon) return {Name::Space::rss, qualified};
         std::string prefix(qualified, colon);
         for (auto scope = scopes.rbegin(); scope != scopes.rend(); ++scope) {
             for (const auto& [declared, uri] : *scope) {
-                if (declared == prefix) return {uri == appcastNamespace, colon + 1};
+                if (declared == prefix) {
+                    return {uri == appcastNamespace ? Name::Space::appcast : Name::Space::other, colon + 1};
+                }
             }
         }
-        return {false, qualified};  // an undeclared prefix matches nothing we read
+        return {Name::Space::other, qualified};  // an undeclared prefix matches nothing we read
     }
 
     // True when the open elements, innermost last, end in these plain names.
@@ -47,7 +53,7 @@ struct Parser {
         if (open.size() < path.size()) return false;
         auto it = open.end() - std::ptrdiff_t(path.size());
         for (const char* name : path) {
-            if (it->appcast || it->local != name) return false;
+            if (!it->rss(name)) return false;
             ++it;
         }
         return true;
@@ -62,23 +68,19 @@ struct Parser {
         field = Field::none;
         text.clear();
 
-        if (open.empty() && (name.appcast || name.local != "rss")) failure = "The feed isn't an RSS document";
-        if (!name.appcast && name.local == "channel" && inside({"rss"})) sawChannel = true;
-        if (!name.appcast && name.local == "item" && inside({"rss", "channel"})) {
+        if (open.empty() && !name.rss("rss")) failure = "The feed isn't an RSS document";
+        if (name.rss("channel") && inside({"rss"})) sawChannel = true;
+        if (name.rss("item") && inside({"rss", "channel"})) {
             item.emplace();
             releaseNotesLink.clear();
         } else if (item && inside({"rss", "channel", "item"})) {
-            if (!name.appcast && name.local == "enclosure") {
-                readEnclosure(names, values);
-            } else if (!name.appcast) {
-                if (name.local == "title") field = Field::title;
-                if (name.local == "link") field = Field::link;
-            } else {
-                if (name.local == "version") field = Field::version;
-                if (name.local == "shortVersionString") field = Field::shortVersion;
-                if (name.local == "releaseNotesLink") field = Field::releaseNotesLink;
-                if (name.local == "channel") field = Field::channel;
-            }
+            if (name.rss("enclosure")) readEnclosure(names, values);
+            if (name.rss("title")) field = Field::title;
+            if (name.rss("link")) field = Field::link;
+            if (name.appcast("version")) field = Field::version;
+            if (name.appcast("shortVersionString")) field = Field::shortVersion;
+            if (name.appcast("releaseNotesLink")) field = Field::releaseNotesLink;
+            if (name.appcast("channel")) field = Field::channel;
         }
         open.push_back(std::move(name));
     }
@@ -86,12 +88,12 @@ struct Parser {
     void readEnclosure(const char** names, const char** values) {
         for (int i = 0; names[i]; ++i) {
             Name attribute = resolve(names[i]);
-            if (!attribute.appcast && attribute.local == "url") item->enclosureUrl = values[i];
+            if (attribute.rss("url")) item->enclosureUrl = values[i];
             // The elements, when present, win over the enclosure's attributes.
-            if (attribute.appcast && attribute.local == "version" && item->version.empty()) {
+            if (attribute.appcast("version") && item->version.empty()) {
                 item->version = values[i];
             }
-            if (attribute.appcast && attribute.local == "shortVersionString" && item->shortVersion.empty()) {
+            if (attribute.appcast("shortVersionString") && item->shortVersion.empty()) {
                 item->shortVersion = values[i];
             }
         }
@@ -115,7 +117,7 @@ struct Parser {
         }
         field = Field::none;
         text.clear();
-        if (item && !name.appcast && name.local == "item" && inside({"rss", "channel"})) finishItem();
+        if (item && name.rss("item") && inside({"rss", "channel"})) finishItem();
     }
 
     void finishItem() {

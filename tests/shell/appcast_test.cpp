@@ -8,13 +8,15 @@ namespace {
 TEST(Appcast, ReadsVersionsAndPagesFromAttributesAndElements) {
     // The prefix is the feed's choice; only the namespace it stands for counts.
     auto items = parseAppcast(R"(<?xml version="1.0" encoding="utf-8"?>
-<rss version="2.0" xmlns:up="http://www.andymatuschak.org/xml-namespaces/sparkle">
+<rss version="2.0" xmlns:up="http://www.andymatuschak.org/xml-namespaces/sparkle"
+     xmlns:atom="http://www.w3.org/2005/Atom">
   <channel>
     <title>Lectern</title>
     <link>https://example.org/</link>
     <item>
       <title>Lectern 0.2</title>
       <link> https://example.org/0.2 </link>
+      <atom:link href="https://example.org/feed.xml" rel="self">https://example.org/feed.xml</atom:link>
       <enclosure url="https://example.org/lectern-0.2.tar.xz" up:version="0.2.0" up:shortVersionString="0.2"/>
     </item>
     <item>
