@@ -1,6 +1,7 @@
 #include "app/appcast.h"
 
 #include <glib.h>
+#include <glib/gi18n.h>
 
 #include <cstring>
 #include <optional>
@@ -68,7 +69,7 @@ struct Parser {
         field = Field::none;
         text.clear();
 
-        if (open.empty() && !name.rss("rss")) failure = "The feed isn't an RSS document";
+        if (open.empty() && !name.rss("rss")) failure = _("The feed isn’t an RSS document");
         if (name.rss("channel") && inside({"rss"})) sawChannel = true;
         if (name.rss("item") && inside({"rss", "channel"})) {
             item.emplace();
@@ -125,7 +126,7 @@ struct Parser {
         item.reset();
         if (done.version.empty()) done.version = done.shortVersion;
         if (done.version.empty()) {
-            failure = "An item in the feed has no version";
+            failure = _("An item in the feed has no version");
             return;
         }
         if (done.link.empty()) done.link = releaseNotesLink;
@@ -208,8 +209,8 @@ Result<std::vector<AppcastItem>> parseAppcast(std::string_view xml) {
     g_markup_parse_context_free(context);
     if (error) g_error_free(error);
     if (parser.failure) return Error{*parser.failure};
-    if (!parsed) return Error{"The feed isn't valid XML"};
-    if (!parser.sawChannel) return Error{"The feed has no channel"};
+    if (!parsed) return Error{_("The feed isn’t valid XML")};
+    if (!parser.sawChannel) return Error{_("The feed has no channel")};
     return std::move(parser.items);
 }
 

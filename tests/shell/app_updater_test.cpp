@@ -119,7 +119,7 @@ TEST_F(AppUpdaterTest, AFailedCheckIsReportedAndDoesNotCountAsChecked) {
     updater->checkForUpdates();
     answer(std::string("<html><body>Sign in to this network</body></html>"));
     EXPECT_EQ(seen.back().outcome, Outcome::failed);
-    EXPECT_EQ(seen.back().message, "Couldn’t check for updates: the feed isn't an RSS document");
+    EXPECT_EQ(seen.back().message, "Couldn’t check for updates: the feed isn’t an RSS document");
     EXPECT_FALSE(updater->lastChecked());
 }
 

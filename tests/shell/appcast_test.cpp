@@ -58,9 +58,9 @@ TEST(Appcast, RefusesMalformedFeeds) {
         auto items = parseAppcast(xml);
         return items ? std::string("parsed") : items.error().message;
     };
-    EXPECT_EQ(reason(""), "The feed isn't valid XML");
-    EXPECT_EQ(reason("<rss><channel><item></channel></rss>"), "The feed isn't valid XML");
-    EXPECT_EQ(reason("<html><body>Sign in to this network</body></html>"), "The feed isn't an RSS document");
+    EXPECT_EQ(reason(""), "The feed isn’t valid XML");
+    EXPECT_EQ(reason("<rss><channel><item></channel></rss>"), "The feed isn’t valid XML");
+    EXPECT_EQ(reason("<html><body>Sign in to this network</body></html>"), "The feed isn’t an RSS document");
     EXPECT_EQ(reason("<rss version=\"2.0\"/>"), "The feed has no channel");
     // A version in an undeclared or foreign namespace is no version.
     EXPECT_EQ(reason("<rss xmlns:s=\"urn:other\"><channel><item><s:version>1</s:version>"

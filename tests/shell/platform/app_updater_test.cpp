@@ -94,7 +94,7 @@ TEST_F(AppUpdaterOverHttp, ReportsWhatWentWrong) {
 
     auto malformed = check(server.url("/malformed.xml"));
     EXPECT_EQ(malformed.outcome, Outcome::failed);
-    EXPECT_EQ(malformed.message, "Couldn’t check for updates: the feed isn't valid XML");
+    EXPECT_EQ(malformed.message, "Couldn’t check for updates: the feed isn’t valid XML");
 
     EXPECT_EQ(check(server.url("/broken.xml")).message, "Couldn’t check for updates: HTTP 500");
     EXPECT_EQ(check(server.url("/missing.xml")).message, "Couldn’t check for updates: HTTP 404");
