@@ -1,10 +1,13 @@
 #include "app/cli.h"
 
+#include <glib/gi18n.h>
+
 #include <algorithm>
 #include <filesystem>
 #include <memory>
 #include <ostream>
 
+#include "app/build_info.h"
 #include "model/deck_package.h"
 #include "present/deck_outline.h"
 #include "slides/deck_previews.h"
@@ -18,8 +21,28 @@ constexpr int exitError = 2;
 
 constexpr int exitNeedsAttention = 1;
 
-const char* const usage =
-    "Usage: lectern-cli dump DECK | outline DECK [--json] | export DECK OUT.pdf | check DECK";
+const char* usage() {
+    return _("Usage: lectern-cli dump DECK | outline DECK [--json] | export DECK OUT.pdf | check DECK");
+}
+
+// --help: the usage line, then each command and option.
+void printHelp(std::ostream& out) {
+    out << usage() << "\n\n"
+        << _("Reads, exports and checks Lectern decks without opening a window.\n"
+             "\n"
+             "Commands:\n"
+             "  dump DECK               print the deck.json that saving DECK would write\n"
+             "  outline DECK [--json]   print the talk as the presenter will step through it\n"
+             "  export DECK OUT.pdf     write every slide as a page of OUT.pdf\n"
+             "  check DECK              load every web slide's page and report the ones that fail\n"
+             "\n"
+             "Options:\n"
+             "  -h, --help              print this and exit\n"
+             "  --version               print the version and exit\n"
+             "\n"
+             "Exit status: 0 on success, 1 when check finds a page that needs attention,\n"
+             "2 on an error.\n");
+}
 
 std::optional<Deck> open(const std::filesystem::path& package, std::ostream& err) {
     auto deck = DeckPackage::read(package);
@@ -122,6 +145,14 @@ int check(const std::filesystem::path& package, const CliWebEngineStarter& start
 
 int runCli(const std::vector<std::string>& arguments, std::ostream& out, std::ostream& err,
            const CliWebEngineStarter& startWebEngine) {
+    if (arguments.size() == 1 && (arguments[0] == "--help" || arguments[0] == "-h")) {
+        printHelp(out);
+        return 0;
+    }
+    if (arguments.size() == 1 && arguments[0] == "--version") {
+        out << "lectern-cli " << build::version << "\n";
+        return 0;
+    }
     if (arguments.size() == 2 && arguments[0] == "check") return check(arguments[1], startWebEngine, out, err);
     if (arguments.size() == 2 && arguments[0] == "dump") return dump(arguments[1], out, err);
     if (arguments.size() == 3 && arguments[0] == "export") return exportDeck(arguments[1], arguments[2], err);
@@ -130,7 +161,7 @@ int runCli(const std::vector<std::string>& arguments, std::ostream& out, std::os
         if (arguments[1] == "--json") return outline(arguments[2], true, out, err);
         if (arguments[2] == "--json") return outline(arguments[1], true, out, err);
     }
-    err << usage << "\n";
+    err << usage() << "\n";
     return exitError;
 }
 

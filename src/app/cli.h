@@ -29,9 +29,11 @@ public:
 using CliWebEngineStarter = std::function<Result<std::unique_ptr<CliWebEngine>>()>;
 
 // The headless companion's commands. Writes results to `out`, one-line errors
-// to `err`, and returns the exit status: 0 on success, 2 on an error, and 1
-// when `check` finds a web slide that needs attention. Without a web engine
-// starter, `check` of a deck with web slides is an error.
+// to `err`, and returns the exit status: 0 on success, 2 on an error (the
+// usage line on `err` for arguments it does not understand), and 1 when
+// `check` finds a web slide that needs attention. `--help` and `--version`
+// alone print to `out`. Without a web engine starter, `check` of a deck with
+// web slides is an error.
 int runCli(const std::vector<std::string>& arguments, std::ostream& out, std::ostream& err,
            const CliWebEngineStarter& startWebEngine = {});
 
