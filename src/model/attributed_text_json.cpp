@@ -1,5 +1,7 @@
 #include "model/attributed_text_json.h"
 
+#include <glib/gi18n.h>
+
 #include "model/color.h"
 #include "model/json_reader.h"
 
@@ -32,7 +34,7 @@ bool styleOn(const json& value) {
 }
 
 SlideBodyAttributes attributesFromJson(const json& value, const std::string& path) {
-    if (!value.is_object()) throw JsonReadFailure(path, "expected an object of attributes");
+    if (!value.is_object()) throw JsonReadFailure(path, _("expected an object of attributes"));
     SlideBodyAttributes a;
     for (const auto& [key, v] : value.items()) {
         if (key == body_keys::inlineIntent) {
@@ -56,7 +58,7 @@ SlideBodyAttributes attributesFromJson(const json& value, const std::string& pat
 }
 
 const std::string& runText(const json& value, const std::string& path) {
-    if (!value.is_string()) throw JsonReadFailure(path, "expected text");
+    if (!value.is_string()) throw JsonReadFailure(path, _("expected text"));
     return value.get_ref<const std::string&>();
 }
 
@@ -75,7 +77,7 @@ AttributedText attributedTextFromJson(const json& value, const std::string& path
     AttributedText out;
     if (value.is_string()) return AttributedText(value.get<std::string>());
     if (value.is_array()) {
-        if (value.size() % 2 != 0) throw JsonReadFailure(path, "expected text and attributes in pairs");
+        if (value.size() % 2 != 0) throw JsonReadFailure(path, _("expected text and attributes in pairs"));
         for (std::size_t i = 0; i < value.size(); i += 2) {
             const auto& text = runText(value[i], indexedPath(path, i));
             out.append(text, attributesFromJson(value[i + 1], indexedPath(path, i + 1)));
@@ -90,18 +92,18 @@ AttributedText attributedTextFromJson(const json& value, const std::string& path
         for (std::size_t i = 0; i < table.size(); ++i) {
             attributes.push_back(attributesFromJson(table[i], indexedPath(reader.pathOf("attributeTable"), i)));
         }
-        if (runs.size() % 2 != 0) reader.fail("runs", "expected text and attribute indices in pairs");
+        if (runs.size() % 2 != 0) reader.fail("runs", _("expected text and attribute indices in pairs"));
         for (std::size_t i = 0; i < runs.size(); i += 2) {
             const auto& text = runText(runs[i], indexedPath(reader.pathOf("runs"), i));
             auto index = jsonInteger(runs[i + 1]);
             if (!index || *index < 0 || static_cast<std::size_t>(*index) >= attributes.size()) {
-                throw JsonReadFailure(indexedPath(reader.pathOf("runs"), i + 1), "not an index of the attribute table");
+                throw JsonReadFailure(indexedPath(reader.pathOf("runs"), i + 1), _("not an index of the attribute table"));
             }
             out.append(text, attributes[static_cast<std::size_t>(*index)]);
         }
         return out;
     }
-    throw JsonReadFailure(path, "expected rich text");
+    throw JsonReadFailure(path, _("expected rich text"));
 }
 
 }  // namespace lectern

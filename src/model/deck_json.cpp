@@ -1,7 +1,10 @@
 #include "model/deck_json.h"
 
+#include <glib/gi18n.h>
+
 #include <cmath>
 
+#include "base/translation.h"
 #include "model/attributed_text_json.h"
 #include "model/digests.h"
 #include "model/json_reader.h"
@@ -53,24 +56,24 @@ APIRequestSpec readRequest(const json& value, const std::string& path, const Pla
 // pageScript, whose value holds the payload under "_0".
 SlideActionKind readKind(const json& value, const std::string& path, const Place& action) {
     JsonObjectReader r(value, path);
-    static const char* const invalidCount = "Invalid number of keys found, expected one.";
-    if (value.size() != 1) throw JsonReadFailure(path, invalidCount);
+    static const char* const invalidCount = N_("Invalid number of keys found, expected one.");
+    if (value.size() != 1) throw JsonReadFailure(path, _(invalidCount));
     auto only = value.begin();
     const std::string& key = only.key();
     const json& payload = only.value();
     if (key == "apiRequest") {
         JsonObjectReader p(payload, r.pathOf(key));
         const json* request = p.find("_0");
-        if (!request) p.fail("_0", "missing");
+        if (!request) p.fail("_0", _("missing"));
         return readRequest(*request, p.pathOf("_0"), action);
     }
     if (key == "pageScript") {
         JsonObjectReader p(payload, r.pathOf(key));
         auto script = p.optionalString("_0");
-        if (!script) p.fail("_0", "missing");
+        if (!script) p.fail("_0", _("missing"));
         return *script;
     }
-    throw JsonReadFailure(path, invalidCount);
+    throw JsonReadFailure(path, _(invalidCount));
 }
 
 SlideAction readAction(const json& value, const std::string& path, const Place& place) {
@@ -162,7 +165,7 @@ Slide readSlide(const json& value, const std::string& path, const Place& place) 
 
     if (auto data = r.optionalString("imageData")) {
         auto bytes = base64Decode(*data);
-        if (!bytes) r.fail("imageData", "not valid Base64");
+        if (!bytes) r.fail("imageData", _("not valid Base64"));
         slide.imageData = SharedBytes(std::move(*bytes));
     } else {
         slide.imageFile = r.optionalString("imageFile");
@@ -194,11 +197,11 @@ Slide readSlide(const json& value, const std::string& path, const Place& place) 
         for (std::size_t i = 0; i < plan->size(); ++i) {
             const json& step = (*plan)[i];
             std::string stepPath = indexedPath(r.pathOf("revealPlan"), i);
-            if (!step.is_array()) throw JsonReadFailure(stepPath, "expected an array");
+            if (!step.is_array()) throw JsonReadFailure(stepPath, _("expected an array"));
             std::vector<std::int64_t> units;
             for (std::size_t j = 0; j < step.size(); ++j) {
                 auto unit = jsonInteger(step[j]);
-                if (!unit) throw JsonReadFailure(indexedPath(stepPath, j), "expected a whole number");
+                if (!unit) throw JsonReadFailure(indexedPath(stepPath, j), _("expected a whole number"));
                 units.push_back(*unit);
             }
             steps.push_back(std::move(units));
@@ -226,7 +229,7 @@ Slide readSlide(const json& value, const std::string& path, const Place& place) 
 }
 
 Deck readDeck(const json& value) {
-    if (!value.is_object()) throw JsonReadFailure("", "The document is not a JSON object.");
+    if (!value.is_object()) throw JsonReadFailure("", _("The document is not a JSON object."));
     JsonObjectReader r(value, "");
     Deck deck;
     deck.schemaVersion = r.integer("schemaVersion", 1);
@@ -245,7 +248,7 @@ Deck readDeck(const json& value) {
                 } else if (swatch.is_string()) {
                     swatches.emplace_back(swatch.get<std::string>());
                 } else {
-                    throw JsonReadFailure(indexedPath(p.pathOf("swatches"), i), "expected a string");
+                    throw JsonReadFailure(indexedPath(p.pathOf("swatches"), i), _("expected a string"));
                 }
             }
         }
@@ -395,7 +398,7 @@ Result<Deck> DeckJson::decode(std::string_view bytes) {
         if (auto end = what.find("] "); what.rfind("[json.exception", 0) == 0 && end != std::string::npos) {
             what.erase(0, end + 2);
         }
-        return Error{"Not valid JSON: " + what, ErrorKind::decoding};
+        return Error{formatText(_("Not valid JSON: %s"), what.c_str()), ErrorKind::decoding};
     }
     return fromJson(document);
 }

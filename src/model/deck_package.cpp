@@ -1,5 +1,7 @@
 #include "model/deck_package.h"
 
+#include <glib/gi18n.h>
+
 #include <fcntl.h>
 #include <linux/fs.h>
 #include <stdio.h>
@@ -10,6 +12,7 @@
 #include <cerrno>
 #include <cstring>
 
+#include "base/translation.h"
 #include "model/body_lines.h"
 #include "model/deck_json.h"
 #include "model/digests.h"
@@ -157,17 +160,19 @@ Result<Deck> DeckPackage::read(const fs::path& package) {
     std::error_code ec;
     auto status = fs::status(package, ec);  // the package itself may be reached through a link
     if (status.type() == fs::file_type::not_found) {
-        return Error{"The file " + quotedName(package) + " couldn\u2019t be opened because there is no such file.",
+        return Error{formatText(_("The file %s couldn\u2019t be opened because there is no such file."), quotedName(package).c_str()),
                      ErrorKind::fileReadNoSuchFile};
     }
     if (status.type() != fs::file_type::directory) {
-        return Error{"The file " + quotedName(package) + " couldn\u2019t be opened because it isn\u2019t in the correct format.",
+        return Error{formatText(_("The file %s couldn\u2019t be opened because it isn\u2019t in the correct format."),
+                                quotedName(package).c_str()),
                      ErrorKind::fileReadCorruptFile};
     }
     auto json = readRegularFile(package / deckMember, deckSizeLimit);
     if (!json) {
         if (json.error().kind == ErrorKind::fileTooLarge) return json.error();
-        return Error{"The file " + quotedName(package) + " couldn\u2019t be opened because it has no readable deck.json.",
+        return Error{formatText(_("The file %s couldn\u2019t be opened because it has no readable deck.json."),
+                                quotedName(package).c_str()),
                      ErrorKind::fileReadNoSuchFile};
     }
     auto decoded = DeckJson::decode(std::string_view(reinterpret_cast<const char*>(json->data()), json->size()));

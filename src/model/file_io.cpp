@@ -1,5 +1,7 @@
 #include "model/file_io.h"
 
+#include <glib/gi18n.h>
+
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -9,6 +11,8 @@
 #include <cstring>
 #include <string>
 #include <utility>
+
+#include "base/translation.h"
 
 namespace lectern {
 
@@ -47,12 +51,12 @@ bool writeAll(int fd, const std::uint8_t* data, std::size_t size) {
 }
 
 Error readError(const fs::path& path, int error) {
-    return Error{"Could not read \u201C" + path.filename().string() + "\u201D: " + std::strerror(error) + ".",
+    return Error{formatText(_("Could not read \u201C%s\u201D: %s."), path.filename().c_str(), std::strerror(error)),
                  ErrorKind::fileReadNoSuchFile};
 }
 
 Error tooLarge(const fs::path& path, std::uint64_t sizeLimit) {
-    return Error{path.filename().string() + " is larger than " + std::to_string(sizeLimit >> 20) + " MiB",
+    return Error{formatText(_("%s is larger than %s MiB"), path.filename().c_str(), std::to_string(sizeLimit >> 20).c_str()),
                  ErrorKind::fileTooLarge};
 }
 
@@ -70,7 +74,7 @@ Result<OpenedFile> openRegularFile(const fs::path& path) {
     struct stat info{};
     if (::fstat(file.fd, &info) != 0) return readError(path, errno);
     if (!S_ISREG(info.st_mode)) {
-        return Error{"\u201C" + path.filename().string() + "\u201D is not a regular file.",
+        return Error{formatText(_("\u201C%s\u201D is not a regular file."), path.filename().c_str()),
                      ErrorKind::fileReadNoSuchFile};
     }
     return OpenedFile{std::move(file), info.st_size};
@@ -79,7 +83,7 @@ Result<OpenedFile> openRegularFile(const fs::path& path) {
 }  // namespace
 
 Error writeError(const fs::path& path, int error) {
-    return Error{"Could not write \u201C" + path.filename().string() + "\u201D: " + std::strerror(error) + ".",
+    return Error{formatText(_("Could not write \u201C%s\u201D: %s."), path.filename().c_str(), std::strerror(error)),
                  ErrorKind::fileWrite};
 }
 

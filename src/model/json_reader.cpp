@@ -1,5 +1,7 @@
 #include "model/json_reader.h"
 
+#include <glib/gi18n.h>
+
 #include <cmath>
 #include <limits>
 
@@ -38,7 +40,7 @@ std::string indexedPath(const std::string& path, std::size_t index) {
 }
 
 JsonObjectReader::JsonObjectReader(const json& value, std::string path) : object_(value), path_(std::move(path)) {
-    if (!object_.is_object()) throw JsonReadFailure(path_, "expected an object");
+    if (!object_.is_object()) throw JsonReadFailure(path_, _("expected an object"));
 }
 
 std::string JsonObjectReader::pathOf(std::string_view key) const {
@@ -58,7 +60,7 @@ const json* JsonObjectReader::find(std::string_view key) const {
 std::optional<std::string> JsonObjectReader::optionalString(std::string_view key) const {
     const json* v = find(key);
     if (!v) return std::nullopt;
-    if (!v->is_string()) fail(key, "expected a string");
+    if (!v->is_string()) fail(key, _("expected a string"));
     return v->get<std::string>();
 }
 
@@ -70,7 +72,7 @@ std::string JsonObjectReader::string(std::string_view key, std::string fallback)
 std::optional<bool> JsonObjectReader::optionalBool(std::string_view key) const {
     const json* v = find(key);
     if (!v) return std::nullopt;
-    if (!v->is_boolean()) fail(key, "expected true or false");
+    if (!v->is_boolean()) fail(key, _("expected true or false"));
     return v->get<bool>();
 }
 
@@ -82,7 +84,7 @@ std::optional<double> JsonObjectReader::optionalDouble(std::string_view key) con
     const json* v = find(key);
     if (!v) return std::nullopt;
     auto d = jsonDouble(*v);
-    if (!d) fail(key, "expected a number");
+    if (!d) fail(key, _("expected a number"));
     return d;
 }
 
@@ -94,7 +96,7 @@ std::optional<std::int64_t> JsonObjectReader::optionalInteger(std::string_view k
     const json* v = find(key);
     if (!v) return std::nullopt;
     auto i = jsonInteger(*v);
-    if (!i) fail(key, "expected a whole number");
+    if (!i) fail(key, _("expected a whole number"));
     return i;
 }
 
@@ -105,27 +107,27 @@ std::int64_t JsonObjectReader::integer(std::string_view key, std::int64_t fallba
 std::optional<Uuid> JsonObjectReader::optionalUuid(std::string_view key) const {
     const json* v = find(key);
     if (!v) return std::nullopt;
-    if (!v->is_string()) fail(key, "not a UUID");
+    if (!v->is_string()) fail(key, _("not a UUID"));
     auto id = Uuid::parse(v->get_ref<const std::string&>());
-    if (!id) fail(key, "not a UUID");
+    if (!id) fail(key, _("not a UUID"));
     return id;
 }
 
 Uuid JsonObjectReader::requiredUuid(std::string_view key) const {
     auto id = optionalUuid(key);
-    if (!id) fail(key, "missing");
+    if (!id) fail(key, _("missing"));
     return *id;
 }
 
 const json* JsonObjectReader::optionalArray(std::string_view key) const {
     const json* v = find(key);
-    if (v && !v->is_array()) fail(key, "expected an array");
+    if (v && !v->is_array()) fail(key, _("expected an array"));
     return v;
 }
 
 const json& JsonObjectReader::requiredArray(std::string_view key) const {
     const json* v = optionalArray(key);
-    if (!v) fail(key, "missing");
+    if (!v) fail(key, _("missing"));
     return *v;
 }
 

@@ -1,5 +1,7 @@
 #include "model/theme_style.h"
 
+#include <glib/gi18n.h>
+
 namespace lectern {
 
 namespace {
@@ -49,10 +51,10 @@ std::optional<Color> ThemeStyle::resolvedAccent(const std::optional<std::string>
 
 std::string_view themeDescription(Theme theme) {
     switch (theme) {
-        case Theme::clinical: return "Sans-serif, neutral";
-        case Theme::editorial: return "Serif, warm";
-        case Theme::monochrome: return "Bold, no accent";
-        case Theme::dark: return "Bold, dark canvas";
+        case Theme::clinical: return _("Sans-serif, neutral");
+        case Theme::editorial: return _("Serif, warm");
+        case Theme::monochrome: return _("Bold, no accent");
+        case Theme::dark: return _("Bold, dark canvas");
     }
     return {};
 }
