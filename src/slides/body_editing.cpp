@@ -1,5 +1,7 @@
 #include "slides/body_editing.h"
 
+#include <glib/gi18n.h>
+
 #include <algorithm>
 
 #include "model/body_lines.h"
@@ -101,7 +103,7 @@ TextRange paragraphsAround(std::string_view text, TextRange range) {
 }
 
 std::string editLabelOf(const FormatControl& control) {
-    std::string_view label = control.label;
+    std::string_view label = _(control.label.data());
     for (std::string_view cut : {" (", " \u2014"}) {
         if (auto at = label.find(cut); at != std::string_view::npos) label = label.substr(0, at);
     }

@@ -1,5 +1,7 @@
 #include "slides/deck_previews.h"
 
+#include <glib/gi18n.h>
+
 #include <cairo-pdf.h>
 
 #include "model/file_io.h"
@@ -66,9 +68,9 @@ DeckPreviews makeDeckPreviews(const Deck& deck) {
 }
 
 Status exportPdf(const Deck& deck, const std::filesystem::path& path) {
-    if (deck.slides.empty()) return Error{"The deck has no slides to export."};
+    if (deck.slides.empty()) return Error{_("The deck has no slides to export.")};
     auto bytes = deckPdf(deck);
-    if (!bytes) return Error{"The PDF could not be made."};
+    if (!bytes) return Error{_("The PDF could not be made.")};
     return replaceFileAtomically(path, std::string_view(reinterpret_cast<const char*>(bytes->data()), bytes->size()));
 }
 

@@ -1,5 +1,7 @@
 #include "slides/format_control.h"
 
+#include <glib/gi18n.h>
+
 #include <array>
 
 namespace lectern {
@@ -9,22 +11,22 @@ using Group = FormatControlGroup;
 using Id = FormatControlId;
 
 constexpr std::array<FormatControl, 14> controls{{
-    {Id::bold, Group::characterStyle, "Bold (Ctrl+B)", "format-text-bold-symbolic", "<Control>b"},
-    {Id::italic, Group::characterStyle, "Italic (Ctrl+I)", "format-text-italic-symbolic", "<Control>i"},
-    {Id::underline, Group::characterStyle, "Underline (Ctrl+U)", "format-text-underline-symbolic", "<Control>u"},
-    {Id::strikethrough, Group::characterStyle, "Strikethrough", "format-text-strikethrough-symbolic", ""},
+    {Id::bold, Group::characterStyle, N_("Bold (Ctrl+B)"), "format-text-bold-symbolic", "<Control>b"},
+    {Id::italic, Group::characterStyle, N_("Italic (Ctrl+I)"), "format-text-italic-symbolic", "<Control>i"},
+    {Id::underline, Group::characterStyle, N_("Underline (Ctrl+U)"), "format-text-underline-symbolic", "<Control>u"},
+    {Id::strikethrough, Group::characterStyle, N_("Strikethrough"), "format-text-strikethrough-symbolic", ""},
     {Id::textColor, Group::characterStyle,
-     "Text color \u2014 opens the system colour panel; colour changes apply to the current text selection.",
+     N_("Text color \u2014 opens the system colour panel; colour changes apply to the current text selection."),
      "color-select-symbolic", ""},
-    {Id::alignLeft, Group::alignment, "Align left", "format-justify-left-symbolic", ""},
-    {Id::alignCenter, Group::alignment, "Align center", "format-justify-center-symbolic", ""},
-    {Id::alignRight, Group::alignment, "Align right", "format-justify-right-symbolic", ""},
-    {Id::bulletList, Group::list, "Bullet list", "view-list-bullet-symbolic", ""},
-    {Id::numberedList, Group::list, "Numbered list", "view-list-ordered-symbolic", ""},
-    {Id::indent, Group::list, "Indent list item", "format-indent-more-symbolic", ""},
-    {Id::outdent, Group::list, "Outdent list item", "format-indent-less-symbolic", ""},
-    {Id::commandBlock, Group::block, "Command block", "utilities-terminal-symbolic", ""},
-    {Id::more, Group::overflow, "More formatting", "view-more-symbolic", ""},
+    {Id::alignLeft, Group::alignment, N_("Align left"), "format-justify-left-symbolic", ""},
+    {Id::alignCenter, Group::alignment, N_("Align center"), "format-justify-center-symbolic", ""},
+    {Id::alignRight, Group::alignment, N_("Align right"), "format-justify-right-symbolic", ""},
+    {Id::bulletList, Group::list, N_("Bullet list"), "view-list-bullet-symbolic", ""},
+    {Id::numberedList, Group::list, N_("Numbered list"), "view-list-ordered-symbolic", ""},
+    {Id::indent, Group::list, N_("Indent list item"), "format-indent-more-symbolic", ""},
+    {Id::outdent, Group::list, N_("Outdent list item"), "format-indent-less-symbolic", ""},
+    {Id::commandBlock, Group::block, N_("Command block"), "utilities-terminal-symbolic", ""},
+    {Id::more, Group::overflow, N_("More formatting"), "view-more-symbolic", ""},
 }};
 
 }  // namespace

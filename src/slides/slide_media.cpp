@@ -1,5 +1,7 @@
 #include <pango/pangocairo.h>
 
+#include <glib/gi18n.h>
+
 #include <algorithm>
 #include <cmath>
 #include <memory>
@@ -136,7 +138,7 @@ std::vector<Piece> webPieces(const Context& c, const Rect& area, double radius) 
         const double fieldWidth = area.x + area.width - bar * 0.5 - fieldX;
         Font font{c.style.bodyFont, bar * 0.36 / (c.style.bodyFont.size * typeScale)};
         font.spec.design = FontDesign::standard;
-        LayoutPtr address = plainText(hasAddress ? *c.slide.url : "No URL set", font,
+        LayoutPtr address = plainText(hasAddress ? *c.slide.url : _("No URL set"), font,
                                       {fieldWidth - bar * 0.8, PANGO_ALIGN_LEFT});
         pango_layout_set_ellipsize(address.get(), PANGO_ELLIPSIZE_END);
         pango_layout_set_wrap(address.get(), PANGO_WRAP_CHAR);

@@ -1,5 +1,7 @@
 #include "slides/slide_painter.h"
 
+#include <glib/gi18n.h>
+
 #include <pango/pangocairo.h>
 
 #include <algorithm>
@@ -64,11 +66,11 @@ struct Heading {
 
 std::string titlePlaceholder(SlideLayout layout) {
     switch (layout) {
-        case SlideLayout::decisions: return "Decision point";
-        case SlideLayout::callout: return "Big idea";
+        case SlideLayout::decisions: return _("Decision point");
+        case SlideLayout::callout: return _("Big idea");
         default: break;
     }
-    return "Slide title";
+    return _("Slide title");
 }
 
 // Eyebrow, title and subtitle in one column. Away from the editor an empty
@@ -99,9 +101,9 @@ Heading headingBlock(const Context& c, double x, double width, PangoAlignment al
                       c.readableAccent(c.style.mutedText), align, c.style.eyebrowTracking * typeScale,
                       c.style.eyebrowUppercase};
         std::string placeholder = c.slide.layout == SlideLayout::decisions || options.deckTitle.empty()
-                                      ? std::string("Eyebrow")
+                                      ? std::string(_("Eyebrow"))
                                       : options.deckTitle;
-        std::string shownPlaceholder = c.style.eyebrowUppercase ? std::string("EYEBROW") : std::string("Eyebrow");
+        std::string shownPlaceholder = c.style.eyebrowUppercase ? std::string(_("EYEBROW")) : std::string(_("Eyebrow"));
         heading.eyebrow = line(eyebrow, shownPlaceholder, {c.style.eyebrowFont},
                                {width, alignment, c.style.eyebrowTracking * typeScale}, look, options.hidden.eyebrow);
         heading.eyebrow->placeholder = placeholder;
@@ -122,7 +124,7 @@ Heading headingBlock(const Context& c, double x, double width, PangoAlignment al
         Font font{c.style.bodyFont, 1.15 * std::min(1.0, titleFactor + 0.1)};
         TextLook look{c.style.bodyFont.design, c.style.bodyFont.weight, font.size(), c.style.mutedText, align};
         std::string placeholder =
-            c.slide.layout == SlideLayout::decisions ? "Optional subtitle" : "Subtitle (optional)";
+            c.slide.layout == SlideLayout::decisions ? _("Optional subtitle") : _("Subtitle (optional)");
         heading.subtitle = line(c.slide.subtitle, placeholder, font, {width, alignment}, look, options.hidden.subtitle);
     }
     block.height = y;
@@ -148,7 +150,7 @@ void putBody(Plan& plan, const Context& c, Block body, double fit, const Rect& r
     plan.body = BodyBox{room, fit, centreLeading};
     if (c.options.hidden.body) return;
     if (c.slide.body.empty() && c.options.editing) {
-        LayoutPtr hint = plainText("Add text", {c.style.bodyFont},
+        LayoutPtr hint = plainText(_("Add text"), {c.style.bodyFont},
                                    {room.width, centreLeading ? PANGO_ALIGN_CENTER : PANGO_ALIGN_LEFT});
         plan.pieces.push_back(textPiece(hint, room.x, room.y, withAlpha(c.style.mutedText, 0.5)));
         return;
@@ -240,12 +242,12 @@ void placeCard(Plan& plan, const Context& c, const SlideLink& link, std::size_t 
     const bool hideText = c.options.hidden.cardText == link.id;
     const Font labelSize{labelFont, 1.1 * scale}, subtitleSize{c.style.bodyFont, 0.85 * scale};
     const bool labelShown = !link.label.empty() || editing;
-    LayoutPtr label = plainText(link.label.empty() ? "Option title" : link.label, labelSize,
+    LayoutPtr label = plainText(link.label.empty() ? _("Option title") : link.label, labelSize,
                                 {textWidth, PANGO_ALIGN_LEFT, 0, 0.95});
     pango_layout_set_ellipsize(label.get(), PANGO_ELLIPSIZE_END);
     LayoutPtr subtitle;
     if (c.slide.showLinkSubtitles && (!link.subtitle.empty() || editing)) {
-        subtitle = plainText(link.subtitle.empty() ? "Option subtitle" : link.subtitle, subtitleSize,
+        subtitle = plainText(link.subtitle.empty() ? _("Option subtitle") : link.subtitle, subtitleSize,
                              {textWidth, PANGO_ALIGN_LEFT});
         pango_layout_set_ellipsize(subtitle.get(), PANGO_ELLIPSIZE_END);
     }
@@ -266,11 +268,11 @@ void placeCard(Plan& plan, const Context& c, const SlideLink& link, std::size_t 
         pieces.push_back(textPiece(subtitle, r.x + pad, y + labelHeight + 4, link.subtitle.empty() ? placeholder : quiet));
     }
     CardBox box{link.id, r, {{r.x + pad, y, textWidth, labelHeight}, {labelFont.design, labelFont.weight, labelSize.size(), ink},
-                "Option title"}, std::nullopt};
+                _("Option title")}, std::nullopt};
     if (subtitle) {
         box.subtitle = TextBox{{r.x + pad, y + labelHeight + 4, textWidth, subtitleHeight - 4},
                                {c.style.bodyFont.design, c.style.bodyFont.weight, subtitleSize.size(), quiet},
-                               "Option subtitle"};
+                               _("Option subtitle")};
     }
     if (arrow) {
         const double ax = r.x + r.width - pad - 10, ay = r.y + r.height / 2, s = 6 * scale;

@@ -1,5 +1,7 @@
 #include "slides/platform/overview_grid.h"
 
+#include <glib/gi18n.h>
+
 #include <cstdio>
 
 #include "slides/platform/slide_thumbnail.h"
@@ -18,7 +20,7 @@ Gtk::FlowBoxChild* makeTile(std::size_t index, const Slide& slide, const SlidePa
     picture->add_css_class("tile-picture");
     picture->set_child(*thumbnail);
     if (slide.layout == SlideLayout::web) {
-        auto* live = Gtk::make_managed<Gtk::Label>("LIVE");
+        auto* live = Gtk::make_managed<Gtk::Label>(_("LIVE"));
         live->add_css_class("live-badge");
         live->set_halign(Gtk::Align::END);
         live->set_valign(Gtk::Align::START);
@@ -29,7 +31,7 @@ Gtk::FlowBoxChild* makeTile(std::size_t index, const Slide& slide, const SlidePa
         auto* skipped = Gtk::make_managed<Gtk::Image>();
         skipped->set_from_icon_name("view-conceal-symbolic");
         skipped->add_css_class("skipped-mark");
-        skipped->set_tooltip_text("Skipped in presentation");
+        skipped->set_tooltip_text(_("Skipped in presentation"));
         skipped->set_halign(Gtk::Align::START);
         skipped->set_valign(Gtk::Align::START);
         skipped->set_margin(8);
@@ -39,7 +41,7 @@ Gtk::FlowBoxChild* makeTile(std::size_t index, const Slide& slide, const SlidePa
     auto* number = Gtk::make_managed<Gtk::Label>(OverviewGrid::tileNumber(index));
     number->add_css_class("tile-number");
     number->add_css_class("numeric");
-    auto* title = Gtk::make_managed<Gtk::Label>(slide.title.empty() ? "Untitled slide" : slide.title);
+    auto* title = Gtk::make_managed<Gtk::Label>(slide.title.empty() ? _("Untitled slide") : slide.title);
     title->set_ellipsize(Pango::EllipsizeMode::END);
     title->set_xalign(0);
     title->set_hexpand(true);
@@ -56,7 +58,7 @@ Gtk::FlowBoxChild* makeTile(std::size_t index, const Slide& slide, const SlidePa
     child->add_css_class("overview-tile");
     if (slide.isSkipped) child->add_css_class("skipped");
     child->set_child(*box);
-    child->set_tooltip_text(slide.title.empty() ? "Untitled slide" : slide.title);
+    child->set_tooltip_text(slide.title.empty() ? _("Untitled slide") : slide.title);
     return child;
 }
 

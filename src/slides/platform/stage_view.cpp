@@ -1,5 +1,7 @@
 #include "slides/platform/stage_view.h"
 
+#include <glib/gi18n.h>
+
 #include <algorithm>
 #include <cmath>
 
@@ -153,7 +155,7 @@ void StageView::draw(const Cairo::RefPtr<Cairo::Context>& cr, int width, int hei
         const Color& bg = style.stageBackground;
         cr->set_source_rgb(bg.red, bg.green, bg.blue);
         cr->paint();
-        auto layout = create_pango_layout("No slide selected");
+        auto layout = create_pango_layout(_("No slide selected"));
         Pango::FontDescription font("Sans");
         font.set_absolute_size(std::max(area.height / 24, 10.0) * PANGO_SCALE);
         layout->set_font_description(font);
