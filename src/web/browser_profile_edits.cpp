@@ -1,6 +1,10 @@
 #include "web/browser_profile_edits.h"
 
+#include <glib/gi18n.h>
+
 #include <algorithm>
+
+#include "base/translation.h"
 
 namespace lectern::BrowserProfileEdits {
 
@@ -32,14 +36,11 @@ std::optional<BrowserProfile> remove(Deck& deck, const Uuid& profileId) {
 }
 
 std::string displayName(const BrowserProfile& profile) {
-    return profile.name.empty() ? std::string(untitledName) : profile.name;
+    return profile.name.empty() ? std::string(_(untitledName)) : profile.name;
 }
 
 std::string deletionTitle(const BrowserProfile& profile) {
-    std::string title = "Delete profile “";
-    title += displayName(profile);
-    title += "”?";
-    return title;
+    return formatText(_("Delete profile “%s”?"), displayName(profile).c_str());
 }
 
 }  // namespace lectern::BrowserProfileEdits

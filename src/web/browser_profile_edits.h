@@ -1,5 +1,7 @@
 #pragma once
 
+#include <glib/gi18n.h>
+
 #include <optional>
 #include <string>
 
@@ -14,9 +16,9 @@ namespace lectern {
 // shown and titled as "Untitled profile" everywhere.
 namespace BrowserProfileEdits {
 
-inline constexpr const char* untitledName = "Untitled profile";
-inline constexpr const char* rowHelp = "Click to select — double-click to edit";
-inline constexpr const char* deletionMessage = "Its saved logins and site data will be erased.";
+inline constexpr const char* untitledName = N_("Untitled profile");
+inline constexpr const char* rowHelp = N_("Click to select — double-click to edit");
+inline constexpr const char* deletionMessage = N_("Its saved logins and site data will be erased.");
 
 // Appends a profile with a fresh id and an empty name; returns its id.
 Uuid add(Deck& deck);

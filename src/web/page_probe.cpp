@@ -1,7 +1,11 @@
 #include "web/page_probe.h"
 
+#include <glib/gi18n.h>
+
 #include <cmath>
 #include <utility>
+
+#include "base/translation.h"
 
 namespace lectern {
 
@@ -29,10 +33,7 @@ PageProbe::PageProbe(Scheduler& scheduler, std::string url, Done done)
 PageProbe::~PageProbe() { release(); }
 
 std::string PageProbe::timeoutMessage(double seconds) {
-    std::string message = "Timed out after ";
-    message += std::to_string(static_cast<long long>(std::lround(seconds)));
-    message += " s";
-    return message;
+    return formatText(_("Timed out after %lld s"), static_cast<long long>(std::lround(seconds)));
 }
 
 void PageProbe::responseReceived(int status) {
@@ -53,7 +54,7 @@ void PageProbe::loadFailed(const std::string& message, bool cancelled) {
 }
 
 void PageProbe::processTerminated() {
-    finish(WebCheckOutcome::failed("The page’s web process stopped unexpectedly"));
+    finish(WebCheckOutcome::failed(_("The page’s web process stopped unexpectedly")));
 }
 
 bool PageProbe::authenticationRequested() {

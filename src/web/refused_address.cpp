@@ -1,10 +1,13 @@
 #include "web/refused_address.h"
 
+#include <glib/gi18n.h>
+
 #include <glib.h>
 
 #include <algorithm>
 #include <array>
 
+#include "base/translation.h"
 #include "model/deck_json.h"
 
 
@@ -33,20 +36,14 @@ std::string shortened(std::string_view url) {
 
 std::optional<std::string> refusalReason(std::string_view url) {
     if (!DeckJson::isWebAddress(url)) {
-        std::string reason = "Refused to open “";
-        reason += shortened(url);
-        reason += "”: only http and https pages are shown";
-        return reason;
+        return formatText(_("Refused to open “%s”: only http and https pages are shown"), std::string(shortened(url)).c_str());
     }
     GUri* uri = g_uri_parse(std::string(url).c_str(), G_URI_FLAGS_NONE, nullptr);
     if (!uri) return std::nullopt;  // the engine reports what it makes of it
     int port = g_uri_get_port(uri);
     g_uri_unref(uri);
     if (std::find(blockedPorts.begin(), blockedPorts.end(), port) != blockedPorts.end()) {
-        std::string reason = "Port ";
-        reason += std::to_string(port);
-        reason += " belongs to another service: browsers never load pages from it";
-        return reason;
+        return formatText(_("Port %d belongs to another service: browsers never load pages from it"), port);
     }
     return std::nullopt;
 }

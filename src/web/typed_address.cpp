@@ -1,5 +1,7 @@
 #include "web/typed_address.h"
 
+#include <glib/gi18n.h>
+
 #include "model/deck_json.h"
 
 namespace lectern {
@@ -35,7 +37,7 @@ Result<std::optional<std::string>> typedAddress(std::string_view typed) {
     if (typed.empty()) return std::optional<std::string>();
     if (schemeOf(typed)) {
         if (DeckJson::isWebAddress(typed)) return std::optional<std::string>(std::string(typed));
-        return Error{"Only web addresses (http or https) can be shown."};
+        return Error{_("Only web addresses (http or https) can be shown.")};
     }
     // "//host/path" is an address without its scheme, too.
     if (typed.starts_with("//")) typed.remove_prefix(2);

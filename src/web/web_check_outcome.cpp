@@ -1,10 +1,14 @@
 #include "web/web_check_outcome.h"
 
+#include <glib/gi18n.h>
+
 #include <glib.h>
 
 #include <memory>
 #include <string_view>
 #include <utility>
+
+#include "base/translation.h"
 
 namespace lectern {
 
@@ -13,43 +17,43 @@ namespace {
 // Reason phrases of the usual error statuses, in lower case to follow "HTTP
 // 404 — ".
 constexpr std::pair<int, std::string_view> reasonPhrases[] = {
-    {400, "bad request"},
-    {401, "unauthorized"},
-    {402, "payment required"},
-    {403, "forbidden"},
-    {404, "not found"},
-    {405, "method not allowed"},
-    {406, "unacceptable"},
-    {407, "proxy authentication required"},
-    {408, "request timed out"},
-    {409, "conflict"},
-    {410, "no longer exists"},
-    {411, "length required"},
-    {412, "precondition failed"},
-    {413, "request too large"},
-    {414, "requested URL too long"},
-    {415, "unsupported media type"},
-    {416, "requested range not satisfiable"},
-    {417, "expectation failed"},
-    {421, "misdirected request"},
-    {422, "unprocessable content"},
-    {423, "locked"},
-    {424, "failed dependency"},
-    {425, "too early"},
-    {426, "upgrade required"},
-    {428, "precondition required"},
-    {429, "too many requests"},
-    {431, "request header fields too large"},
-    {451, "unavailable for legal reasons"},
-    {500, "internal server error"},
-    {501, "unimplemented"},
-    {502, "bad gateway"},
-    {503, "service unavailable"},
-    {504, "gateway timed out"},
-    {505, "HTTP version not supported"},
-    {507, "insufficient storage"},
-    {508, "loop detected"},
-    {511, "network authentication required"},
+    {400, N_("bad request")},
+    {401, N_("unauthorized")},
+    {402, N_("payment required")},
+    {403, N_("forbidden")},
+    {404, N_("not found")},
+    {405, N_("method not allowed")},
+    {406, N_("unacceptable")},
+    {407, N_("proxy authentication required")},
+    {408, N_("request timed out")},
+    {409, N_("conflict")},
+    {410, N_("no longer exists")},
+    {411, N_("length required")},
+    {412, N_("precondition failed")},
+    {413, N_("request too large")},
+    {414, N_("requested URL too long")},
+    {415, N_("unsupported media type")},
+    {416, N_("requested range not satisfiable")},
+    {417, N_("expectation failed")},
+    {421, N_("misdirected request")},
+    {422, N_("unprocessable content")},
+    {423, N_("locked")},
+    {424, N_("failed dependency")},
+    {425, N_("too early")},
+    {426, N_("upgrade required")},
+    {428, N_("precondition required")},
+    {429, N_("too many requests")},
+    {431, N_("request header fields too large")},
+    {451, N_("unavailable for legal reasons")},
+    {500, N_("internal server error")},
+    {501, N_("unimplemented")},
+    {502, N_("bad gateway")},
+    {503, N_("service unavailable")},
+    {504, N_("gateway timed out")},
+    {505, N_("HTTP version not supported")},
+    {507, N_("insufficient storage")},
+    {508, N_("loop detected")},
+    {511, N_("network authentication required")},
 };
 
 struct UriDeleter {
@@ -89,19 +93,15 @@ bool looksLikeSignIn(GUri* uri) {
 
 std::string httpStatusText(int status) {
     for (const auto& [code, phrase] : reasonPhrases) {
-        if (code == status) return std::string(phrase);
+        if (code == status) return _(phrase.data());
     }
-    if (status >= 400 && status < 500) return "client error";
-    if (status >= 500 && status < 600) return "server error";
-    return "error";
+    if (status >= 400 && status < 500) return _("client error");
+    if (status >= 500 && status < 600) return _("server error");
+    return _("error");
 }
 
 std::string httpFailureMessage(int status) {
-    std::string message = "HTTP ";
-    message += std::to_string(status);
-    message += " \u2014 ";
-    message += httpStatusText(status);
-    return message;
+    return formatText(_("HTTP %d \u2014 %s"), status, httpStatusText(status).c_str());
 }
 
 std::optional<std::string> redirectNote(const std::string& requested, const std::string& finalUrl) {
@@ -113,14 +113,14 @@ std::optional<std::string> redirectNote(const std::string& requested, const std:
     bool newlyOnSignIn = looksLikeSignIn(to.get()) && !(from && looksLikeSignIn(from.get()));
     if (sameSite && !newlyOnSignIn) return std::nullopt;
 
-    std::string note = "Redirected to ";
+    std::string place;
     if (const char* host = g_uri_get_host(to.get()); host && *host) {
-        note += host;
-        note += g_uri_get_path(to.get());
+        place = host;
+        place += g_uri_get_path(to.get());
     } else {
-        note += finalUrl;  // an address without a host (about:blank)
+        place = finalUrl;  // an address without a host (about:blank)
     }
-    return note;
+    return formatText(_("Redirected to %s"), place.c_str());
 }
 
 }  // namespace lectern

@@ -1,8 +1,12 @@
 #include "web/web_slide_checker.h"
 
+#include <glib/gi18n.h>
+
 #include <algorithm>
 #include <cstdio>
 #include <utility>
+
+#include "base/translation.h"
 
 namespace lectern {
 
@@ -22,7 +26,7 @@ void WebSlideChecker::run(const Deck& deck) {
         if (entry.url && entry.url->empty()) entry.url.reset();
         // A profile the deck no longer has counts as none: its store is gone.
         if (const BrowserProfile* profile = deck.profile(slide.browserProfileId)) entry.profileId = profile->id;
-        if (!entry.url) entry.outcome = WebCheckOutcome::failed(noUrlMessage);
+        if (!entry.url) entry.outcome = WebCheckOutcome::failed(_(noUrlMessage));
         entries_.push_back(std::move(entry));
     }
     probes_.assign(entries_.size(), nullptr);
@@ -95,43 +99,21 @@ std::string WebSlideChecker::rowTitle(const Entry& entry) {
     std::snprintf(number, sizeof number, "%02zu", entry.index + 1);
     std::string title = number;
     title += "  ";
-    title += entry.title.empty() ? "Untitled" : entry.title;
+    title += entry.title.empty() ? _("Untitled") : entry.title;
     return title;
 }
 
 std::string WebSlideChecker::summary() const {
     std::size_t total = entries_.size();
-    if (total == 0) return "This deck has no web slides";
-    std::string text;
-    if (running_) {
-        text = "Checking… ";
-        text += std::to_string(checkedCount());
-        text += " of ";
-        text += std::to_string(total);
-        text += " done";
-        return text;
-    }
+    if (total == 0) return _("This deck has no web slides");
+    if (running_) return formatText(_("Checking… %zu of %zu done"), checkedCount(), total);
     std::size_t checked = checkedCount();
-    if (checked < total) {
-        text = "Stopped after ";
-        text += std::to_string(checked);
-        text += " of ";
-        text += std::to_string(total);
-        return text;
-    }
+    if (checked < total) return formatText(_("Stopped after %zu of %zu"), checked, total);
     std::size_t attention = attentionCount();
     if (attention == 0) {
-        text = "All ";
-        text += std::to_string(total);
-        text += total == 1 ? " web slide" : " web slides";
-        text += " loaded";
-        return text;
+        return formatText(ngettext("All %zu web slide loaded", "All %zu web slides loaded", total), total);
     }
-    text = std::to_string(attention);
-    text += " of ";
-    text += std::to_string(total);
-    text += " need attention";
-    return text;
+    return formatText(ngettext("%zu of %zu need attention", "%zu of %zu need attention", attention), attention, total);
 }
 
 }  // namespace lectern

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <glib/gi18n.h>
+
 #include <cstddef>
 #include <memory>
 #include <optional>
@@ -22,7 +24,7 @@ namespace lectern {
 class WebSlideChecker {
 public:
     static constexpr std::size_t maxInFlight = 3;
-    static constexpr const char* noUrlMessage = "No URL set";
+    static constexpr const char* noUrlMessage = N_("No URL set");
 
     struct Entry {
         Uuid id;                          // the slide's

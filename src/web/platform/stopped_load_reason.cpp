@@ -1,5 +1,7 @@
 #include "web/platform/stopped_load_reason.h"
 
+#include <glib/gi18n.h>
+
 #include <libsoup/soup.h>
 
 #include <memory>
@@ -12,7 +14,7 @@ namespace lectern {
 namespace {
 
 constexpr int mostHops = 5;
-constexpr const char* stoppedMessage = "The page’s web process stopped while loading it";
+constexpr const char* stoppedMessage = N_("The page’s web process stopped while loading it");
 
 struct Search {
     std::function<void(const std::string&)> done;
@@ -51,7 +53,7 @@ void answered(GObject* source, GAsyncResult* result, gpointer data) {
     }
     g_object_unref(message);
     if (next.empty()) {
-        search->done(stoppedMessage);
+        search->done(_(stoppedMessage));
         return;
     }
     if (auto reason = refusalReason(next)) {
@@ -59,7 +61,7 @@ void answered(GObject* source, GAsyncResult* result, gpointer data) {
         return;
     }
     if (++search->hops >= mostHops) {
-        search->done(stoppedMessage);
+        search->done(_(stoppedMessage));
         return;
     }
     ask(std::move(search), next);
@@ -68,7 +70,7 @@ void answered(GObject* source, GAsyncResult* result, gpointer data) {
 void ask(std::unique_ptr<Search> search, const std::string& url) {
     SoupMessage* message = soup_message_new(SOUP_METHOD_GET, url.c_str());
     if (!message) {
-        search->done(stoppedMessage);
+        search->done(_(stoppedMessage));
         return;
     }
     soup_message_add_flags(message, SOUP_MESSAGE_NO_REDIRECT);

@@ -1,5 +1,7 @@
 #include "web/platform/web_address_field.h"
 
+#include <glib/gi18n.h>
+
 #include "base/platform/accessible.h"
 #include "web/typed_address.h"
 
@@ -18,7 +20,7 @@ WebAddressField::WebAddressField() : Gtk::Box(Gtk::Orientation::HORIZONTAL, 8) {
     entry_.set_placeholder_text("https://example.com");
     entry_.set_hexpand(true);
     entry_.set_input_purpose(Gtk::InputPurpose::URL);
-    setAccessibleLabel(entry_, "Web address");
+    setAccessibleLabel(entry_, _("Web address"));
     append(entry_);
     refusal_.set_visible(false);
     refusal_.set_ellipsize(Pango::EllipsizeMode::END);

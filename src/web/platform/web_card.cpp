@@ -1,5 +1,7 @@
 #include "web/platform/web_card.h"
 
+#include <glib/gi18n.h>
+
 #include "slides/quick_look_theme.h"
 #include "web/platform/webkit_page.h"
 #include "web/web_prefetcher.h"
@@ -45,12 +47,12 @@ WebCard::WebCard(WebKitPageFactory& pages, Scheduler& scheduler, WebPrefetcher* 
     add_overlay(message_);
 
     zoomOut_.set_icon_name("zoom-out-symbolic");
-    zoomOut_.set_tooltip_text("Zoom Out (Ctrl+-)");
+    zoomOut_.set_tooltip_text(_("Zoom Out (Ctrl+-)"));
     zoomOut_.signal_clicked().connect([this] { zoomRequested_.emit(WebZoom::zoomOut(zoom_)); });
     zoomIn_.set_icon_name("zoom-in-symbolic");
-    zoomIn_.set_tooltip_text("Zoom In (Ctrl+=)");
+    zoomIn_.set_tooltip_text(_("Zoom In (Ctrl+=)"));
     zoomIn_.signal_clicked().connect([this] { zoomRequested_.emit(WebZoom::zoomIn(zoom_)); });
-    zoomBadge_.set_tooltip_text("Page zoom — click for Actual Size (Ctrl+0)");
+    zoomBadge_.set_tooltip_text(_("Page zoom — click for Actual Size (Ctrl+0)"));
     zoomBadge_.add_css_class("numeric");
     zoomBadge_.signal_clicked().connect([this] { zoomRequested_.emit(1.0); });
     for (Gtk::Widget* button : {static_cast<Gtk::Widget*>(&zoomOut_), static_cast<Gtk::Widget*>(&zoomBadge_),
@@ -157,12 +159,12 @@ void WebCard::refresh() {
 
     if (isWeb && !hasAddress_) {
         messageIcon_.set_from_icon_name("web-browser-symbolic");
-        messageTitle_.set_text("No URL set");
-        messageDetail_.set_text("Set a URL above to load the page");
+        messageTitle_.set_text(_("No URL set"));
+        messageDetail_.set_text(_("Set a URL above to load the page"));
         messageDetail_.set_visible(editing_);
     } else if (failed) {
         messageIcon_.set_from_icon_name("dialog-warning-symbolic");
-        messageTitle_.set_text("Couldn’t load page");
+        messageTitle_.set_text(_("Couldn’t load page"));
         messageDetail_.set_text(status.message);
         messageDetail_.set_visible(true);
     }

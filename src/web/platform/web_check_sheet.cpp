@@ -1,7 +1,11 @@
 #include "web/platform/web_check_sheet.h"
 
+#include <glib/gi18n.h>
+
 #include <string>
 #include <utility>
+
+#include "base/translation.h"
 
 namespace lectern {
 
@@ -24,8 +28,8 @@ OutcomeLook lookOf(WebCheckOutcome::Kind kind) {
 // The row's second line: the outcome's own text, "Loaded" for a page that
 // simply loaded, or where it stands while the check runs.
 std::string statusText(const WebSlideChecker::Entry& entry, bool loading) {
-    if (entry.outcome) return entry.outcome->kind == WebCheckOutcome::Kind::ok ? "Loaded" : entry.outcome->text;
-    return loading ? "Loading…" : "Waiting";
+    if (entry.outcome) return entry.outcome->kind == WebCheckOutcome::Kind::ok ? _("Loaded") : entry.outcome->text;
+    return loading ? _("Loading…") : _("Waiting");
 }
 
 }  // namespace
@@ -36,7 +40,7 @@ WebCheckSheet::WebCheckSheet(Gtk::Window& parent, WebPageFactory& pages, Schedul
       goToSlide_(std::move(goToSlide)),
       closed_(std::move(closed)),
       checker_(pages, scheduler) {
-    set_title(title);
+    set_title(_(title));
     set_transient_for(parent);
     set_modal(true);
     set_destroy_with_parent(true);
@@ -44,7 +48,7 @@ WebCheckSheet::WebCheckSheet(Gtk::Window& parent, WebPageFactory& pages, Schedul
     set_default_size(560, 520);
 
     GtkWidget* header = adw_header_bar_new();
-    adw_header_bar_set_title_widget(ADW_HEADER_BAR(header), adw_window_title_new(title, ""));
+    adw_header_bar_set_title_widget(ADW_HEADER_BAR(header), adw_window_title_new(_(title), ""));
     adw_header_bar_set_show_start_title_buttons(ADW_HEADER_BAR(header), FALSE);
     adw_header_bar_set_show_end_title_buttons(ADW_HEADER_BAR(header), FALSE);
     adw_header_bar_pack_start(ADW_HEADER_BAR(header), GTK_WIDGET(checkAgain_.gobj()));
@@ -52,7 +56,7 @@ WebCheckSheet::WebCheckSheet(Gtk::Window& parent, WebPageFactory& pages, Schedul
     adw_header_bar_pack_end(ADW_HEADER_BAR(header), GTK_WIDGET(done_.gobj()));
     set_titlebar(*Glib::wrap(header));
 
-    intro_.set_text(subtitle);
+    intro_.set_text(_(subtitle));
     intro_.set_wrap(true);
     intro_.set_xalign(0);
     intro_.add_css_class("dim-label");
@@ -164,8 +168,7 @@ void WebCheckSheet::rebuildRows() {
         adw_action_row_add_prefix(row.row, GTK_WIDGET(status->gobj()));
 
         std::size_t index = entry.index;
-        std::string label = "Go to slide ";
-        label += std::to_string(index + 1);
+        std::string label = formatText(_("Go to slide %zu"), index + 1);
         row.goTo = Gtk::make_managed<Gtk::Button>(label);
         row.goTo->set_valign(Gtk::Align::CENTER);
         row.goTo->signal_clicked().connect([this, index] {

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <glib/gi18n.h>
+
 #include <adwaita.h>
 #include <gtkmm.h>
 
@@ -21,8 +23,8 @@ namespace lectern {
 // close) stops the check.
 class WebCheckSheet : public Gtk::Window {
 public:
-    static constexpr const char* title = "Check Web Slides";
-    static constexpr const char* subtitle = "Loads each page off-screen in the slide’s own browser profile.";
+    static constexpr const char* title = N_("Check Web Slides");
+    static constexpr const char* subtitle = N_("Loads each page off-screen in the slide’s own browser profile.");
 
     // `goToSlide` gets a slide's index in the deck. `closed` is called once,
     // on a later turn of the main loop after the sheet closed by itself, so
@@ -76,8 +78,8 @@ private:
     Gtk::Box progress_{Gtk::Orientation::HORIZONTAL, 8};
     Gtk::Spinner spinner_;
     Gtk::Label summary_;
-    Gtk::Button checkAgain_{"Check Again"};
-    Gtk::Button done_{"Done"};
+    Gtk::Button checkAgain_{_("Check Again")};
+    Gtk::Button done_{_("Done")};
     std::vector<Row> rows_;
 };
 

@@ -1,8 +1,12 @@
 #include "web/platform/web_sessions.h"
 
+#include <glib/gi18n.h>
+
 #include <glib.h>
 
 #include <system_error>
+
+#include "base/translation.h"
 
 namespace lectern {
 
@@ -90,11 +94,11 @@ void WebSessions::dropCached(const Uuid& profileId) {
 }
 
 Status WebSessions::removeStore(const Uuid& profileId) {
-    if (profiles_.count(profileId)) return Error{"The profile’s website data store is still in use."};
+    if (profiles_.count(profileId)) return Error{_("The profile’s website data store is still in use.")};
     if (auto watched = dropped_.find(profileId); watched != dropped_.end()) {
         if (GObject* alive = static_cast<GObject*>(g_weak_ref_get(watched->second))) {
             g_object_unref(alive);
-            return Error{"The profile’s website data store is still in use."};
+            return Error{_("The profile’s website data store is still in use.")};
         }
         g_weak_ref_clear(watched->second);
         delete watched->second;
@@ -103,7 +107,7 @@ Status WebSessions::removeStore(const Uuid& profileId) {
     for (const auto& folder : {dataFolder(profileId), cacheFolder(profileId)}) {
         std::error_code error;
         std::filesystem::remove_all(folder, error);
-        if (error) return Error{"Couldn’t remove " + folder.string() + ": " + error.message()};
+        if (error) return Error{formatText(_("Couldn’t remove %s: %s"), folder.c_str(), error.message().c_str())};
     }
     return Done{};
 }

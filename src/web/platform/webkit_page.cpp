@@ -1,5 +1,7 @@
 #include "web/platform/webkit_page.h"
 
+#include <glib/gi18n.h>
+
 #include <initializer_list>
 #include <string_view>
 
@@ -62,7 +64,7 @@ WebKitPage::WebKitPage(WebKitNetworkSession* session, bool accelerated)
                 if (!DeckJson::isWebAddress(self->currentUrl())) {
                     // The engine gave up on the address without a word and
                     // shows an empty page instead: that is a failure.
-                    self->fail("The web engine refused to load the page");
+                    self->fail(_("The web engine refused to load the page"));
                     return;
                 }
                 if (self->delegate_) self->delegate_->loadFinished();
@@ -189,7 +191,7 @@ void WebKitPage::armTimeout() {
             self->delegate_ = nullptr;
             webkit_web_view_stop_loading(self->view_.get());
             self->delegate_ = delegate;
-            self->fail("The request timed out.");
+            self->fail(_("The request timed out."));
             return G_SOURCE_REMOVE;
         },
         this);
@@ -250,9 +252,9 @@ void WebKitPage::evaluateAsyncFunction(const std::string& body,
             GError* error = nullptr;
             JSCValue* value = webkit_web_view_call_async_javascript_function_finish(WEBKIT_WEB_VIEW(source), result, &error);
             if (!value) {
-                std::string message = error ? error->message : "The script failed.";
+                std::string message = error ? error->message : _("The script failed.");
                 if (error && g_error_matches(error, G_IO_ERROR, G_IO_ERROR_CANCELLED)) {
-                    message = "The page closed before the script finished.";
+                    message = _("The page closed before the script finished.");
                 }
                 if (error) g_error_free(error);
                 call->done(Error{message});
