@@ -1,5 +1,7 @@
 #include "present/action_runner.h"
 
+#include <glib/gi18n.h>
+
 #include <glib.h>
 #include <pango/pango.h>
 
@@ -9,6 +11,8 @@
 #include <string_view>
 #include <utility>
 #include <vector>
+
+#include "base/translation.h"
 
 namespace lectern {
 namespace {
@@ -165,7 +169,7 @@ ActionRunner::RunState ActionRunner::state(const Uuid& actionId) const {
 }
 
 std::string ActionRunner::displayName(const SlideAction& action) {
-    return action.name.empty() ? "Untitled action" : action.name;
+    return action.name.empty() ? _("Untitled action") : action.name;
 }
 
 void ActionRunner::finish(const SlideAction& action, std::string text, bool isFailure) {
@@ -195,7 +199,7 @@ void ActionRunner::run(const SlideAction& action, const Slide& slide, const Live
             if (auto page = view.lock()) {
                 page->reload();
             } else {
-                text += " \u00B7 no live view to reload";
+                text += _(" \u00B7 no live view to reload");
             }
         }
         finish(action, std::move(text), isFailure);
@@ -205,14 +209,14 @@ void ActionRunner::run(const SlideAction& action, const Slide& slide, const Live
     if (action.kindCase == SlideActionKindCase::pageScript) {
         auto page = view.lock();
         if (!page) {
-            complete("No live browser view for this slide", true);
+            complete(_("No live browser view for this slide"), true);
             return;
         }
         page->evaluateAsyncFunction(action.script, [complete](Result<std::optional<std::string>> result) {
             if (!result) {
                 complete(result.error().message, true);
             } else {
-                complete(result->value_or("Done"), false);
+                complete(result->value_or(_("Done")), false);
             }
         });
         return;
@@ -236,8 +240,8 @@ void ActionRunner::run(const SlideAction& action, const Slide& slide, const Live
             // The clock counts in microseconds at best; the small allowance
             // keeps a floating-point 11.999... from reading as 11 ms.
             double milliseconds = std::floor((clock_() - start) * 1000 + 1e-6);
-            std::string text = "HTTP " + std::to_string(response->status) + " \u00B7 " +
-                               std::to_string(static_cast<long long>(std::max(0.0, milliseconds))) + " ms";
+            std::string text = formatText(_("HTTP %d \u00B7 %lld ms"), response->status,
+                                          static_cast<long long>(std::max(0.0, milliseconds)));
             std::string excerpt = bodyExcerpt(response->body);
             if (!excerpt.empty()) text += "\n" + excerpt;
             complete(std::move(text), response->status > 399);
@@ -263,10 +267,10 @@ void ActionRunner::run(const SlideAction& action, const Slide& slide, const Live
 
 Result<HttpRequest> ActionRunner::buildRequest(const APIRequestSpec& spec, const std::vector<HttpCookie>& cookies) {
     std::string urlText = trimmed(spec.urlString);
-    if (urlText.empty()) return Error{"URL is empty"};
+    if (urlText.empty()) return Error{_("URL is empty")};
     UriPtr url = parseUrl(urlText);
     if (!url || (schemeOf(url.get()) != "http" && schemeOf(url.get()) != "https")) {
-        return Error{"\"" + urlText + "\" isn't a valid http(s) URL"};
+        return Error{formatText(_("\"%s\" isn't a valid http(s) URL"), urlText.c_str())};
     }
 
     HttpRequest request;

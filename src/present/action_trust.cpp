@@ -1,9 +1,12 @@
 #include "present/action_trust.h"
 
+#include <glib/gi18n.h>
+
 #include <glib.h>
 
 #include <algorithm>
 
+#include "base/translation.h"
 #include "model/deck_json.h"
 #include "model/digests.h"
 #include "present/action_runner.h"
@@ -106,16 +109,19 @@ std::vector<ActionTrust::Request> ActionTrust::requests(const Deck& deck, const 
 }
 
 std::string ActionTrust::summary(const SlideAction& action, const Slide& slide) {
-    std::string text = "\u201C" + ActionRunner::displayName(action) + "\u201D";
+    const std::string name = ActionRunner::displayName(action);
+    std::string text;
     if (action.kindCase == SlideActionKindCase::pageScript) {
         std::optional<std::string> host = slide.url ? hostOf(*slide.url) : std::nullopt;
-        text += " runs a script in " + host.value_or("the slide's page");
+        text = formatText(_("\u201C%s\u201D runs a script in %s"), name.c_str(),
+                          host ? host->c_str() : _("the slide's page"));
     } else {
         std::string target = trimmed(action.request.urlString);
-        text += " sends " + upper(action.request.method) + " to " + hostOf(target).value_or(target);
-        if (action.request.useProfileCookies) text += " with the profile's cookies";
+        text = formatText(_("\u201C%s\u201D sends %s to %s"), name.c_str(), upper(action.request.method).c_str(),
+                          hostOf(target).value_or(target).c_str());
+        if (action.request.useProfileCookies) text += _(" with the profile's cookies");
     }
-    if (action.autoRun) text += " (runs by itself)";
+    if (action.autoRun) text += _(" (runs by itself)");
     return text;
 }
 

@@ -1,8 +1,11 @@
 #include "present/deck_outline.h"
 
+#include <glib/gi18n.h>
+
 #include <cstdio>
 #include <sstream>
 
+#include "base/translation.h"
 #include "present/action_trust.h"
 #include "present/auto_run_coordinator.h"
 #include "slides/body_layout.h"
@@ -20,12 +23,12 @@ std::string number(std::size_t index) {
     return text;
 }
 
-std::string titleOf(const Slide& slide) { return slide.title.empty() ? DeckOutline::untitledSlide : slide.title; }
+std::string titleOf(const Slide& slide) { return slide.title.empty() ? _(DeckOutline::untitledSlide) : slide.title; }
 
 // "4 s", "1.5 s"
 std::string seconds(double value) {
     std::ostringstream out;
-    out << value << " s";
+    out << value << _(" s");
     return out.str();
 }
 
@@ -40,7 +43,7 @@ std::optional<std::string> sectionTitle(const Deck& deck, const Slide& slide) {
     auto opener = deck.indexOfSlide(*key);
     if (!opener || !deck.slides[*opener].isSection) return std::nullopt;
     const auto& title = deck.slides[*opener].sectionTitle;
-    return title && !title->empty() ? *title : "Untitled section";
+    return title && !title->empty() ? *title : _("Untitled section");
 }
 
 // Where "Next" goes from a slide whose nextSlideAction is set.
@@ -48,12 +51,12 @@ struct Route {
     std::string kind;  // back, overview, home, slide, missing, unknown
     std::optional<std::size_t> target;
     std::string describe(const Deck& deck) const {
-        if (kind == "back") return "back to where the presenter came from";
-        if (kind == "overview") return "the overview";
-        if (kind == "home") return "the first slide";
+        if (kind == "back") return _("back to where the presenter came from");
+        if (kind == "overview") return _("the overview");
+        if (kind == "home") return _("the first slide");
         if (kind == "slide") return number(*target) + " " + titleOf(deck.slides[*target]);
-        if (kind == "missing") return "a slide that no longer exists, so on to the next slide";
-        return "an unknown route, so on to the next slide";
+        if (kind == "missing") return _("a slide that no longer exists, so on to the next slide");
+        return _("an unknown route, so on to the next slide");
     }
 };
 
@@ -72,8 +75,8 @@ std::optional<Route> routeOf(const Deck& deck, const Slide& slide) {
 
 std::string profileName(const Deck& deck, const Slide& slide) {
     const BrowserProfile* profile = deck.profile(slide.browserProfileId);
-    if (!profile) return "shared session";
-    return profile->name.empty() ? DeckOutline::untitledProfile : profile->name;
+    if (!profile) return _("shared session");
+    return profile->name.empty() ? _(DeckOutline::untitledProfile) : profile->name;
 }
 
 // When an automatic action runs, in words, following the coordinator's rules:
@@ -82,12 +85,16 @@ std::string profileName(const Deck& deck, const Slide& slide) {
 std::optional<std::string> scheduleOf(const SlideAction& action) {
     if (!action.autoRun) return std::nullopt;
     double delay = std::max(action.autoRunDelaySeconds, 0.0);
-    std::string text = "Runs by itself ";
-    text += delay == 0 ? "as soon as the slide is shown" : seconds(delay) + " after the slide is shown";
-    if (!action.repeats || action.repeatMaxRuns == 1 || action.repeatMaxRuns < 0) return text + ", once";
-    text += ", then every " + seconds(std::max(action.repeatIntervalSeconds, AutoRunCoordinator::minimumRepeatInterval));
-    if (action.repeatMaxRuns == 0) return text + " while the slide is shown";
-    return text + ", " + std::to_string(action.repeatMaxRuns) + " runs in all";
+    std::string text = formatText(_("Runs by itself %s"),
+                                  delay == 0 ? _("as soon as the slide is shown")
+                                             : formatText(_("%s after the slide is shown"), seconds(delay).c_str()).c_str());
+    if (!action.repeats || action.repeatMaxRuns == 1 || action.repeatMaxRuns < 0) return text + _(", once");
+    text += formatText(_(", then every %s"),
+                       seconds(std::max(action.repeatIntervalSeconds, AutoRunCoordinator::minimumRepeatInterval)).c_str());
+    if (action.repeatMaxRuns == 0) return text + _(" while the slide is shown");
+    // TRANSLATORS: never fewer than two runs.
+    return text + formatText(ngettext(", %s runs in all", ", %s runs in all", static_cast<unsigned long>(action.repeatMaxRuns)),
+                             std::to_string(action.repeatMaxRuns).c_str());
 }
 
 std::string indented(const std::string& text, const std::string& firstPrefix, std::size_t width) {
@@ -111,8 +118,11 @@ std::string indented(const std::string& text, const std::string& firstPrefix, st
 std::string DeckOutline::text(const Deck& deck) {
     std::ostringstream out;
     if (deck.title) out << *deck.title << "\n";
-    out << deck.slides.size() << (deck.slides.size() == 1 ? " slide" : " slides");
-    if (deck.targetMinutes) out << ", " << *deck.targetMinutes << " minutes";
+    out << formatText(ngettext("%zu slide", "%zu slides", deck.slides.size()), deck.slides.size());
+    if (deck.targetMinutes) {
+        out << formatText(ngettext(", %s minutes", ", %s minutes", static_cast<unsigned long>(*deck.targetMinutes)),
+                          std::to_string(*deck.targetMinutes).c_str());
+    }
     out << "\n";
     for (std::size_t i = 0; i < deck.slides.size(); ++i) {
         const Slide& slide = deck.slides[i];
@@ -120,40 +130,43 @@ std::string DeckOutline::text(const Deck& deck) {
         std::size_t steps = RevealPlan::stepCount(slide);
         if (slide.reveal == RevealMode::reveal) {
             bool cards = slide.layout == SlideLayout::decisions;
-            out << ", reveals " << steps << (cards ? " card" : " step") << (steps == 1 ? "" : "s");
+            out << formatText(cards ? ngettext(", reveals %zu card", ", reveals %zu cards", steps)
+                                    : ngettext(", reveals %zu step", ", reveals %zu steps", steps),
+                              steps);
         }
-        if (slide.isSkipped) out << ", skipped";
+        if (slide.isSkipped) out << _(", skipped");
         out << "]\n";
         if (auto section = sectionTitle(deck, slide)) {
-            out << "    " << (slide.isSection ? "Opens section: " : "Section: ") << *section << "\n";
+            out << "    " << (slide.isSection ? _("Opens section: ") : _("Section: ")) << *section << "\n";
         }
         if (slide.reveal == RevealMode::reveal && slide.layout != SlideLayout::decisions) {
             auto texts = RevealPlan::stepTexts(slide);
             for (std::size_t s = 0; s < texts.size(); ++s) {
-                std::string prefix = "    Step " + std::to_string(s + 1) + ": ";
+                std::string prefix = "    " + formatText(_("Step %zu: "), s + 1);
                 out << indented(texts[s].string(), prefix, prefix.size());
             }
         }
         for (std::size_t c = 0; c < slide.links.size(); ++c) {
             const SlideLink& link = slide.links[c];
-            out << "    Card " << c + 1 << ": " << (link.label.empty() ? "Untitled option" : link.label) << " -> ";
+            out << "    " << formatText(_("Card %zu: "), c + 1) << (link.label.empty() ? _("Untitled option") : link.label)
+                << " -> ";
             if (link.targetId.empty()) {
-                out << "no target";
+                out << _("no target");
             } else if (auto target = slideIndex(deck, link.targetId)) {
                 out << number(*target) << " " << titleOf(deck.slides[*target]);
             } else {
-                out << "missing slide";
+                out << _("missing slide");
             }
             out << "\n";
         }
         if (slide.layout == SlideLayout::web) {
-            out << "    Page: " << slide.url.value_or("no address") << " (" << profileName(deck, slide) << ")\n";
+            out << "    " << _("Page: ") << slide.url.value_or(_("no address")) << " (" << profileName(deck, slide) << ")\n";
         }
         for (const auto& action : slide.actions) {
-            out << "    Action: " << ActionTrust::summary(action, slide) << "\n";
+            out << "    " << _("Action: ") << ActionTrust::summary(action, slide) << "\n";
             if (auto schedule = scheduleOf(action)) out << "            " << *schedule << "\n";
         }
-        if (auto route = routeOf(deck, slide)) out << "    Next: " << route->describe(deck) << "\n";
+        if (auto route = routeOf(deck, slide)) out << "    " << _("Next: ") << route->describe(deck) << "\n";
     }
     return out.str();
 }

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <glib/gi18n.h>
+
 #include <string>
 
 #include <nlohmann/json.hpp>
@@ -18,9 +20,9 @@ public:
     static nlohmann::json json(const Deck& deck);
 
     // Display fallbacks for empty names.
-    static constexpr const char* untitledSlide = "Untitled slide";
-    static constexpr const char* untitledProfile = "Untitled profile";
-    static constexpr const char* untitledAction = "Untitled action";
+    static constexpr const char* untitledSlide = N_("Untitled slide");
+    static constexpr const char* untitledProfile = N_("Untitled profile");
+    static constexpr const char* untitledAction = N_("Untitled action");
 };
 
 }  // namespace lectern

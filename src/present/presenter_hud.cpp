@@ -1,6 +1,10 @@
 #include "present/presenter_hud.h"
 
+#include <glib/gi18n.h>
+
 #include <algorithm>
+
+#include "base/translation.h"
 
 namespace lectern {
 
@@ -41,7 +45,9 @@ void PresenterHud::pointerMoved(double heightAboveBottom) {
 std::string PresenterHud::autoRunNotice(const Slide& slide) {
     auto count = std::count_if(slide.actions.begin(), slide.actions.end(), [](const SlideAction& a) { return a.autoRun; });
     if (count == 0) return {};
-    return "This slide runs " + std::to_string(count) + " action(s) automatically";
+    return formatText(ngettext("This slide runs %s action(s) automatically", "This slide runs %s action(s) automatically",
+                               static_cast<unsigned long>(count)),
+                      std::to_string(count).c_str());
 }
 
 }  // namespace lectern

@@ -1,7 +1,11 @@
 #include "present/presenter_timer.h"
 
+#include <glib/gi18n.h>
+
 #include <cmath>
 #include <cstdio>
+
+#include "base/translation.h"
 
 namespace lectern {
 
@@ -37,8 +41,8 @@ PresenterTimer::ReadoutState PresenterTimer::readoutState(bool running, double e
 }
 
 std::string PresenterTimer::helpText(std::optional<std::int64_t> targetMinutes) {
-    if (!targetMinutes) return "Click to toggle timer";
-    return "Time left of " + std::to_string(*targetMinutes) + " min \u2014 click to toggle timer";
+    if (!targetMinutes) return _("Click to toggle timer");
+    return formatText(_("Time left of %s min \u2014 click to toggle timer"), std::to_string(*targetMinutes).c_str());
 }
 
 }  // namespace lectern

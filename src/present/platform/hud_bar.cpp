@@ -1,5 +1,7 @@
 #include "present/platform/hud_bar.h"
 
+#include <glib/gi18n.h>
+
 #include "present/presenter_hud.h"
 
 namespace lectern {
@@ -16,12 +18,12 @@ HudBar::HudBar(PresentationState& state, std::function<const Deck&()> deck)
     bar_.add_css_class("osd");
     bar_.add_css_class("toolbar");
     auto* controls = Gtk::make_managed<Gtk::Box>(Gtk::Orientation::HORIZONTAL, 2);
-    present_ = &addButton(*controls, "media-playback-start-symbolic", "win.present", "Present (Ctrl+Shift+P)");
+    present_ = &addButton(*controls, "media-playback-start-symbolic", "win.present", _("Present (Ctrl+Shift+P)"));
     notes_ = &addButton(*controls, "format-justify-left-symbolic", "win.toggle-notes", "");
-    addButton(*controls, "document-edit-symbolic", "win.toggle-editor", "Open editor (Ctrl+E)");
-    addButton(*controls, "view-refresh-symbolic", "win.reset-web-page", "Reset Web Page (Ctrl+R)");
+    addButton(*controls, "document-edit-symbolic", "win.toggle-editor", _("Open editor (Ctrl+E)"));
+    addButton(*controls, "view-refresh-symbolic", "win.reset-web-page", _("Reset Web Page (Ctrl+R)"));
     addButton(*controls, "video-display-symbolic", "win.toggle-presenter-display",
-              "Toggle Presenter Display (Alt+Ctrl+P)");
+              _("Toggle Presenter Display (Alt+Ctrl+P)"));
     bar_.append(*controls);
 
     bar_.append(*Gtk::make_managed<Gtk::Separator>(Gtk::Orientation::VERTICAL));
@@ -68,10 +70,10 @@ Gtk::Button& HudBar::addButton(Gtk::Box& box, const char* icon, const char* acti
 void HudBar::refresh() {
     const Deck& deck = deck_();
     present_->set_icon_name(state_.presenting() ? "view-restore-symbolic" : "media-playback-start-symbolic");
-    notes_->set_tooltip_text(state_.notesHidden() ? "Show Presenter Notes (Alt+Ctrl+I)"
-                                                  : "Hide Presenter Notes (Alt+Ctrl+I)");
+    notes_->set_tooltip_text(state_.notesHidden() ? _("Show Presenter Notes (Alt+Ctrl+I)")
+                                                  : _("Hide Presenter Notes (Alt+Ctrl+I)"));
     auto count = static_cast<std::int64_t>(deck.slides.size());
-    counter_.set_text(count == 0 ? "No slides"
+    counter_.set_text(count == 0 ? _("No slides")
                                  : std::to_string(state_.current() + 1) + " / " + std::to_string(count));
     const Slide* slide = state_.currentSlide(deck.slides);
     std::string notice = slide ? PresenterHud::autoRunNotice(*slide) : std::string();

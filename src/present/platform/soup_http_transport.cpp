@@ -1,5 +1,7 @@
 #include "present/platform/soup_http_transport.h"
 
+#include <glib/gi18n.h>
+
 #include <libsoup/soup.h>
 
 #include <algorithm>
@@ -7,6 +9,8 @@
 #include <optional>
 #include <string_view>
 #include <utility>
+
+#include "base/translation.h"
 
 namespace lectern {
 namespace {
@@ -50,15 +54,15 @@ constexpr auto httpUriFlags = GUriFlags(G_URI_FLAGS_HAS_PASSWORD | G_URI_FLAGS_E
 
 // The message for a request, or why it cannot be sent.
 Result<GObjectPtr<SoupMessage>> makeMessage(const HttpRequest& request) {
-    if (!isToken(request.method)) return Error{"\"" + request.method + "\" isn't a valid HTTP method"};
+    if (!isToken(request.method)) return Error{formatText(_("\"%s\" isn't a valid HTTP method"), request.method.c_str())};
     std::unique_ptr<GUri, UriUnref> uri(g_uri_parse(request.url.c_str(), httpUriFlags, nullptr));
     const char* scheme = uri ? g_uri_get_scheme(uri.get()) : nullptr;
     const char* host = uri ? g_uri_get_host(uri.get()) : nullptr;
     if (!scheme || (g_strcmp0(scheme, "http") != 0 && g_strcmp0(scheme, "https") != 0) || !host || !*host) {
-        return Error{"Unsupported URL"};
+        return Error{_("Unsupported URL")};
     }
     for (const auto& [name, value] : request.headers) {
-        if (!isToken(name) || !isHeaderValue(value)) return Error{"The header \"" + name + "\" can't be sent"};
+        if (!isToken(name) || !isHeaderValue(value)) return Error{formatText(_("The header \"%s\" can't be sent"), name.c_str())};
     }
 
     GObjectPtr<SoupMessage> message(soup_message_new_from_uri(request.method.c_str(), uri.get()));
@@ -176,7 +180,7 @@ void SoupHttpTransport::onSent(GObject* source, GAsyncResult* result, gpointer d
     // The callback may destroy the transport; it runs from a local copy.
     auto done = std::move(pending->done);
     if (error) {
-        done(Error{pending->timedOut ? "The request timed out" : error->message});
+        done(Error{pending->timedOut ? _("The request timed out") : error->message});
     } else {
         HttpResponse response;
         response.status = int(soup_message_get_status(pending->message.get()));

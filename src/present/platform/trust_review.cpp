@@ -1,5 +1,7 @@
 #include "present/platform/trust_review.h"
 
+#include <glib/gi18n.h>
+
 #include <string>
 
 namespace lectern {
@@ -21,11 +23,11 @@ void TrustReview::show(Gtk::Window& parent, const std::vector<ActionTrust::Reque
         setRequests(requests);
         return;
     }
-    GtkWidget* widget = adw_message_dialog_new(parent.gobj(), title, text);
+    GtkWidget* widget = adw_message_dialog_new(parent.gobj(), _(title), _(text));
     dialog_ = GObjectRef<AdwMessageDialog>::retain(ADW_MESSAGE_DIALOG(widget));
     AdwMessageDialog* dialog = dialog_.get();
-    adw_message_dialog_add_response(dialog, declineResponse, "Present Without Them");
-    adw_message_dialog_add_response(dialog, allowResponse, "Allow Actions");
+    adw_message_dialog_add_response(dialog, declineResponse, _("Present Without Them"));
+    adw_message_dialog_add_response(dialog, allowResponse, _("Allow Actions"));
     adw_message_dialog_set_response_appearance(dialog, allowResponse, ADW_RESPONSE_SUGGESTED);
     // Escape or closing the window must never allow anything.
     adw_message_dialog_set_close_response(dialog, declineResponse);

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <glib/gi18n.h>
+
 #include <adwaita.h>
 #include <gtkmm.h>
 
@@ -16,10 +18,10 @@ namespace lectern {
 // any other way (Escape) counts as presenting without them.
 class TrustReview {
 public:
-    static constexpr const char* title = "Allow this deck's demo actions?";
+    static constexpr const char* title = N_("Allow this deck's demo actions?");
     static constexpr const char* text =
-        "They act with the sign-ins of this deck's web pages and browser profiles. "
-        "Allow them only if you trust whoever made the deck.";
+        N_("They act with the sign-ins of this deck's web pages and browser profiles. "
+           "Allow them only if you trust whoever made the deck.");
     static constexpr const char* allowResponse = "allow";
     static constexpr const char* declineResponse = "decline";
 
