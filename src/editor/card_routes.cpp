@@ -1,5 +1,7 @@
 #include "editor/card_routes.h"
 
+#include <glib/gi18n.h>
+
 #include <algorithm>
 
 #include "editor/navigator_rules.h"
@@ -17,9 +19,9 @@ const Slide* targetSlide(const std::string& targetId, const std::vector<Slide>& 
 
 // The words navigation takes in place of a slide id, and what they mean.
 const char* specialTitle(const std::string& targetId) {
-    if (targetId == "$back" || targetId == "back") return "Previous slide";
-    if (targetId == "$home" || targetId == "home") return "First slide";
-    if (targetId == "$overview") return "Overview";
+    if (targetId == "$back" || targetId == "back") return _("Previous slide");
+    if (targetId == "$home" || targetId == "home") return _("First slide");
+    if (targetId == "$overview") return _("Overview");
     return nullptr;
 }
 
@@ -28,7 +30,7 @@ const char* specialTitle(const std::string& targetId) {
 std::vector<RouteEntry> CardRoutes::entries(const std::vector<Slide>& slides) {
     std::vector<RouteEntry> entries;
     entries.reserve(slides.size() + 1);
-    entries.push_back({noTarget, ""});
+    entries.push_back({_(noTarget), ""});
     for (const Slide& slide : slides) entries.push_back({navigatorRowTitle(slide), slide.id.string()});
     return entries;
 }
@@ -42,13 +44,13 @@ RouteStatus CardRoutes::status(const std::string& targetId, const std::vector<Sl
 std::string CardRoutes::controlLabel(const std::string& targetId, const std::vector<Slide>& slides) {
     if (const char* special = specialTitle(targetId)) return special;
     const Slide* slide = targetSlide(targetId, slides);
-    return slide ? navigatorRowTitle(*slide) : setTarget;
+    return slide ? navigatorRowTitle(*slide) : _(setTarget);
 }
 
 std::optional<std::string> CardRoutes::warning(const std::string& targetId, const std::vector<Slide>& slides) {
     switch (status(targetId, slides)) {
-        case RouteStatus::none: return noTarget;
-        case RouteStatus::missing: return deletedTarget;
+        case RouteStatus::none: return _(noTarget);
+        case RouteStatus::missing: return _(deletedTarget);
         default: return std::nullopt;
     }
 }

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <glib/gi18n.h>
+
 #include <optional>
 #include <string>
 #include <vector>
@@ -28,9 +30,9 @@ enum class RouteStatus {
 // route control says, and which cards are marked for lacking a target.
 class CardRoutes {
 public:
-    static constexpr const char* noTarget = "No target";
-    static constexpr const char* setTarget = "Set target…";
-    static constexpr const char* deletedTarget = "Target slide was deleted";
+    static constexpr const char* noTarget = N_("No target");
+    static constexpr const char* setTarget = N_("Set target…");
+    static constexpr const char* deletedTarget = N_("Target slide was deleted");
 
     // "No target" first, then every slide of the deck by title, in order.
     static std::vector<RouteEntry> entries(const std::vector<Slide>& slides);

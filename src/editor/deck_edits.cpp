@@ -1,5 +1,7 @@
 #include "editor/deck_edits.h"
 
+#include <glib/gi18n.h>
+
 #include <algorithm>
 #include <utility>
 
@@ -251,7 +253,7 @@ Deck groupSlides(Deck deck, const Uuid& dragged, const Uuid& target) {
     auto key = host.sectionKey();
     if (!key) {
         host.isSection = true;
-        host.sectionTitle = newSectionTitle;
+        host.sectionTitle = _(newSectionTitle);
         host.sectionId.reset();
         key = host.id;
     }

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <glib/gi18n.h>
+
 #include <cstddef>
 #include <cstdint>
 #include <functional>
@@ -18,7 +20,7 @@ namespace lectern::edits {
 // normalizeSections).
 
 // The title of a section opened by grouping two slides.
-inline constexpr const char* newSectionTitle = "New Section";
+inline constexpr const char* newSectionTitle = N_("New Section");
 
 // Section members stay together after their opening slide: a slide whose
 // `sectionId` does not continue the run of the slide above it (the opener or

@@ -1,6 +1,10 @@
 #include "editor/navigator_rules.h"
 
+#include <glib/gi18n.h>
+
 #include <algorithm>
+
+#include "base/translation.h"
 
 namespace lectern {
 namespace {
@@ -60,27 +64,27 @@ std::string navigatorRowNumber(std::size_t index) {
     return number;
 }
 
-std::string navigatorRowTitle(const Slide& slide) { return isUntitled(slide) ? "Untitled slide" : slide.title; }
+std::string navigatorRowTitle(const Slide& slide) { return isUntitled(slide) ? _("Untitled slide") : slide.title; }
 
 std::string navigatorRowAccessibleName(std::size_t index, const Slide& slide) {
     std::string name = navigatorRowNumber(index) + " " + navigatorRowTitle(slide);
-    if (slide.isSkipped) name += ", skipped in presentation";
+    if (slide.isSkipped) name += _(", skipped in presentation");
     return name;
 }
 
 std::string deleteSlideMessage(const Slide* current) {
-    if (!current) return "This can't be undone from the main menu.";
-    if (isUntitled(*current)) return "This untitled slide will be removed from the deck. This can't be undone.";
-    return "“" + current->title + "” will be removed from the deck. This can't be undone.";
+    if (!current) return _("This can't be undone from the main menu.");
+    if (isUntitled(*current)) return _("This untitled slide will be removed from the deck. This can't be undone.");
+    return formatText(_("“%s” will be removed from the deck. This can't be undone."), current->title.c_str());
 }
 
 const std::vector<LayoutChoice>& layoutChoices() {
     static const std::vector<LayoutChoice> choices{
-        {SlideLayout::regular, "Regular", "Title, eyebrow, body"},
-        {SlideLayout::callout, "Callout", "Big centred title"},
-        {SlideLayout::decisions, "Decisions", "Branching decision cards"},
-        {SlideLayout::web, "Web", "Live webpage, any position"},
-        {SlideLayout::image, "Image", "Embedded image, any position"},
+        {SlideLayout::regular, _("Regular"), _("Title, eyebrow, body")},
+        {SlideLayout::callout, _("Callout"), _("Big centred title")},
+        {SlideLayout::decisions, _("Decisions"), _("Branching decision cards")},
+        {SlideLayout::web, _("Web"), _("Live webpage, any position")},
+        {SlideLayout::image, _("Image"), _("Embedded image, any position")},
     };
     return choices;
 }

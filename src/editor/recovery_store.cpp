@@ -1,5 +1,7 @@
 #include "editor/recovery_store.h"
 
+#include <glib/gi18n.h>
+
 #include <glib.h>
 
 #include <algorithm>
@@ -26,7 +28,7 @@ constexpr std::uint64_t originSizeLimit = 64 * 1024;
 std::string titleOf(const Deck& deck, const std::optional<fs::path>& package) {
     if (deck.title && !deck.title->empty()) return *deck.title;
     if (package) return package->stem().string();
-    return "Untitled Deck";
+    return _("Untitled Deck");
 }
 
 std::optional<std::string> readText(const fs::path& path, std::uint64_t limit) {

@@ -1,5 +1,7 @@
 #include "editor/slide_inspector_model.h"
 
+#include <glib/gi18n.h>
+
 #include <algorithm>
 
 #include "editor/card_routes.h"
@@ -25,11 +27,11 @@ bool hasPositions(SlideLayout layout) { return layout == SlideLayout::web || lay
 
 std::string positionName(SlidePosition position) {
     switch (position) {
-        case SlidePosition::full: return "Full";
-        case SlidePosition::left: return "Left";
-        case SlidePosition::right: return "Right";
-        case SlidePosition::topBottom: return "Top and bottom";
-        case SlidePosition::inText: return "In text";
+        case SlidePosition::full: return _("Full");
+        case SlidePosition::left: return _("Left");
+        case SlidePosition::right: return _("Right");
+        case SlidePosition::topBottom: return _("Top and bottom");
+        case SlidePosition::inText: return _("In text");
     }
     return {};
 }
@@ -74,7 +76,7 @@ std::vector<LayoutPickerRow> LayoutPickerState::rows(const Slide& slide) const {
 }
 
 std::vector<NextRouteChoice> nextRouteChoices(const Deck& deck, const Slide& slide) {
-    std::vector<NextRouteChoice> choices{{linearRoute, std::nullopt}};
+    std::vector<NextRouteChoice> choices{{_(linearRoute), std::nullopt}};
     for (std::size_t i = 0; i < deck.slides.size(); ++i) {
         const Slide& other = deck.slides[i];
         if (other.id == slide.id) continue;  // "Next" to itself would never move on
@@ -87,7 +89,7 @@ std::vector<NextRouteChoice> nextRouteChoices(const Deck& deck, const Slide& sli
         if (!listed) {
             auto status = CardRoutes::status(stored, deck.slides);
             std::string title = status == RouteStatus::missing || status == RouteStatus::none
-                                    ? std::string(CardRoutes::deletedTarget)
+                                    ? std::string(_(CardRoutes::deletedTarget))
                                     : CardRoutes::controlLabel(stored, deck.slides);
             choices.push_back({title, stored});
         }
@@ -103,7 +105,7 @@ std::size_t selectedNextRoute(const std::vector<NextRouteChoice>& choices, const
 }
 
 std::vector<ProfileChoice> profileChoices(const Deck& deck) {
-    std::vector<ProfileChoice> choices{{sharedSession, std::nullopt}};
+    std::vector<ProfileChoice> choices{{_(sharedSession), std::nullopt}};
     for (const auto& profile : deck.browserProfiles) {
         choices.push_back({BrowserProfileEdits::displayName(profile), profile.id});
     }

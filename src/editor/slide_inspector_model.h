@@ -1,5 +1,7 @@
 #pragma once
 
+#include <glib/gi18n.h>
+
 #include <cstddef>
 #include <optional>
 #include <set>
@@ -67,8 +69,8 @@ struct InspectorChoice {
 using NextRouteChoice = InspectorChoice<std::string>;
 using ProfileChoice = InspectorChoice<Uuid>;
 
-inline constexpr const char* linearRoute = "Linear (default)";
-inline constexpr const char* sharedSession = "Shared session";
+inline constexpr const char* linearRoute = N_("Linear (default)");
+inline constexpr const char* sharedSession = N_("Shared session");
 
 // Where "Next" may go from `slide`: "Linear (default)", then every other
 // slide of the deck by number and title. A stored route the list does not

@@ -1,5 +1,7 @@
 #include "editor/platform/action_editor.h"
 
+#include <glib/gi18n.h>
+
 #include <adwaita.h>
 
 #include <algorithm>
@@ -32,11 +34,11 @@ ActionEditor::ActionEditor(DeckEditor& editor, Gtk::Window& parent, const Uuid& 
       // Test runs read the cookies of the same stores the live pages use.
       runner_(makeActionRunner(
           std::shared_ptr<CookieSource>(&WebServices::shared().sessions(), [](CookieSource*) {}))),
-      body_("{ \"key\": \"value\" }", 120, "Body"),
-      script_("document.querySelector(\"#refresh\").click()", 160, "Script"),
-      delay_(DraftStepper::delay(), "Delay"),
-      interval_(DraftStepper::interval(), "Interval"),
-      maxRuns_(DraftStepper::maxRuns(), "Maximum runs") {
+      body_("{ \"key\": \"value\" }", 120, _("Body")),
+      script_("document.querySelector(\"#refresh\").click()", 160, _("Script")),
+      delay_(DraftStepper::delay(), _("Delay")),
+      interval_(DraftStepper::interval(), _("Interval")),
+      maxRuns_(DraftStepper::maxRuns(), _("Maximum runs")) {
     set_transient_for(parent);
     set_modal(true);
     set_destroy_with_parent(true);
@@ -117,11 +119,11 @@ void ActionEditor::change(const std::string& label, const std::function<void(Sli
 
 void ActionEditor::build() {
     GtkWidget* header = adw_header_bar_new();
-    heading_ = Gtk::make_managed<Gtk::Label>("Untitled Action");
+    heading_ = Gtk::make_managed<Gtk::Label>(_("Untitled Action"));
     heading_->add_css_class("title");
     heading_->set_ellipsize(Pango::EllipsizeMode::END);
     adw_header_bar_set_title_widget(ADW_HEADER_BAR(header), GTK_WIDGET(heading_->gobj()));
-    auto* done = Gtk::make_managed<Gtk::Button>("Done");
+    auto* done = Gtk::make_managed<Gtk::Button>(_("Done"));
     done->add_css_class("suggested-action");
     done->signal_clicked().connect([this] { close(); });
     adw_header_bar_pack_end(ADW_HEADER_BAR(header), GTK_WIDGET(done->gobj()));
@@ -131,60 +133,60 @@ void ActionEditor::build() {
     form_->set_margin(18);
 
     // Name.
-    name_.set_placeholder_text("Untitled Action");
+    name_.set_placeholder_text(_("Untitled Action"));
     name_.set_enable_undo(false);
-    setAccessibleLabel(name_, "Name");
+    setAccessibleLabel(name_, _("Name"));
     name_.signal_changed().connect([this] {
         std::string text = name_.get_text();
-        change("Typing", [text](SlideAction& a) { a.name = text; }, "action-name");
+        change(_("Typing"), [text](SlideAction& a) { a.name = text; }, "action-name");
     });
-    form_->append(*actionFormSection("Name", name_));
+    form_->append(*actionFormSection(_("Name"), name_));
 
     // Kind: the other kind's fields are kept, only the case changes.
     auto* kinds = actionFormCard();
     scriptKind_.set_group(requestKind_);
-    appendToCard(*kinds, *actionFormRow("API Request", "Sends an HTTP request to your backend", requestKind_));
-    appendToCard(*kinds, *actionFormRow("Page Script", "Runs JavaScript in the slide's live view", scriptKind_));
+    appendToCard(*kinds, *actionFormRow(_("API Request"), _("Sends an HTTP request to your backend"), requestKind_));
+    appendToCard(*kinds, *actionFormRow(_("Page Script"), _("Runs JavaScript in the slide's live view"), scriptKind_));
     requestKind_.signal_toggled().connect([this] {
         if (!requestKind_.get_active()) return;
-        change("Change Action Kind", [](SlideAction& a) { a.kindCase = SlideActionKindCase::apiRequest; });
+        change(_("Change Action Kind"), [](SlideAction& a) { a.kindCase = SlideActionKindCase::apiRequest; });
     });
     scriptKind_.signal_toggled().connect([this] {
         if (!scriptKind_.get_active()) return;
-        change("Change Action Kind", [](SlideAction& a) { a.kindCase = SlideActionKindCase::pageScript; });
+        change(_("Change Action Kind"), [](SlideAction& a) { a.kindCase = SlideActionKindCase::pageScript; });
     });
-    form_->append(*actionFormSection("Kind", *kinds));
+    form_->append(*actionFormSection(_("Kind"), *kinds));
 
     requestSections_ = buildRequestSections();
     form_->append(*requestSections_);
 
     script_.changed = [this](const std::string& text) {
-        change("Typing", [text](SlideAction& a) { a.script = text; }, "action-script");
+        change(_("Typing"), [text](SlideAction& a) { a.script = text; }, "action-script");
     };
     scriptSection_ = actionFormSection(
-        "Script", script_, "Runs as an async function in the page. A returned value appears in the test result.");
+        _("Script"), script_, _("Runs as an async function in the page. A returned value appears in the test result."));
     form_->append(*scriptSection_);
 
     // Behavior.
     auto* behavior = actionFormCard();
     appendToCard(*behavior,
                  *actionFormSwitch("Reload live view on success",
-                                   "Refresh the slide's web page after the action succeeds", reload_));
+                                   _("Refresh the slide's web page after the action succeeds"), reload_));
     reload_.property_active().signal_changed().connect([this] {
         bool on = reload_.get_active();
-        change("Reload Live View", [on](SlideAction& a) { a.reloadsLiveView = on; });
+        change(_("Reload Live View"), [on](SlideAction& a) { a.reloadsLiveView = on; });
     });
-    form_->append(*actionFormSection("Behavior", *behavior));
+    form_->append(*actionFormSection(_("Behavior"), *behavior));
 
     form_->append(*buildAutomation());
 
     // Test: the action as it stands, on the sheet's own runner. It stays
     // under the form, so the outcome is in view whatever is scrolled.
-    test_.set_label("Test");
-    test_.set_tooltip_text("Run this action now with the current settings");
+    test_.set_label(_("Test"));
+    test_.set_tooltip_text(_("Run this action now with the current settings"));
     test_.set_halign(Gtk::Align::START);
     test_.signal_clicked().connect([this] { test(); });
-    auto* help = Gtk::make_managed<Gtk::Label>("Run this action now with the current settings");
+    auto* help = Gtk::make_managed<Gtk::Label>(_("Run this action now with the current settings"));
     help->add_css_class("caption");
     help->add_css_class("dim-label");
     help->set_xalign(0);
@@ -230,12 +232,12 @@ Gtk::Widget* ActionEditor::buildRequestSections() {
     // Method and URL.
     methods_ = Gtk::StringList::create(standardMethods);
     method_ = Gtk::make_managed<Gtk::DropDown>(methods_);
-    setAccessibleLabel(*method_, "Method");
+    setAccessibleLabel(*method_, _("Method"));
     method_->property_selected().signal_changed().connect([this] {
         auto selected = method_->get_selected();
         if (selected == GTK_INVALID_LIST_POSITION || selected >= methods_->get_n_items()) return;
         std::string method = methods_->get_string(selected);
-        change("Change Method", [method](SlideAction& a) { a.request.method = method; });
+        change(_("Change Method"), [method](SlideAction& a) { a.request.method = method; });
     });
     url_.set_placeholder_text("https://127.0.0.1:8000/api/…");
     url_.set_hexpand(true);
@@ -244,15 +246,15 @@ Gtk::Widget* ActionEditor::buildRequestSections() {
     setAccessibleLabel(url_, "URL");
     url_.signal_changed().connect([this] {
         std::string text = url_.get_text();
-        change("Typing", [text](SlideAction& a) { a.request.urlString = text; }, "action-url");
+        change(_("Typing"), [text](SlideAction& a) { a.request.urlString = text; }, "action-url");
     });
     auto* target = Gtk::make_managed<Gtk::Box>(Gtk::Orientation::HORIZONTAL, 6);
     target->append(*method_);
     target->append(url_);
-    sections->append(*actionFormSection("Request", *target));
+    sections->append(*actionFormSection(_("Request"), *target));
 
     // Headers.
-    noHeaders_.set_text("No custom headers");
+    noHeaders_.set_text(_("No custom headers"));
     noHeaders_.add_css_class("dim-label");
     noHeaders_.set_xalign(0);
     auto* headers = actionFormCard();
@@ -260,25 +262,25 @@ Gtk::Widget* ActionEditor::buildRequestSections() {
     headers->append(headerRows_);
     addHeader_.set_icon_name("list-add-symbolic");
     addHeader_.add_css_class("flat");
-    addHeader_.set_tooltip_text("Add Header");
-    setAccessibleLabel(addHeader_, "Add Header");
+    addHeader_.set_tooltip_text(_("Add Header"));
+    setAccessibleLabel(addHeader_, _("Add Header"));
     addHeader_.signal_clicked().connect(
-        [this] { change("Add Header", [](SlideAction& a) { a.request.headers.push_back({}); }); });
-    sections->append(*actionFormSection("Headers", *headers, {}, &addHeader_));
+        [this] { change(_("Add Header"), [](SlideAction& a) { a.request.headers.push_back({}); }); });
+    sections->append(*actionFormSection(_("Headers"), *headers, {}, &addHeader_));
 
     // Body.
     body_.changed = [this](const std::string& text) {
-        change("Typing", [text](SlideAction& a) { a.request.body = text; }, "action-body");
+        change(_("Typing"), [text](SlideAction& a) { a.request.body = text; }, "action-body");
     };
     sections->append(
         *actionFormSection("Body", body_, "Sent as application/json unless a Content-Type header is set."));
 
     auto* cookies = actionFormCard();
-    appendToCard(*cookies, *actionFormSwitch("Send profile cookies",
-                                             "Attach the slide's browser-profile cookies for this URL", cookies_));
+    appendToCard(*cookies, *actionFormSwitch(_("Send profile cookies"),
+                                             _("Attach the slide's browser-profile cookies for this URL"), cookies_));
     cookies_.property_active().signal_changed().connect([this] {
         bool on = cookies_.get_active();
-        change("Send Profile Cookies", [on](SlideAction& a) { a.request.useProfileCookies = on; });
+        change(_("Send Profile Cookies"), [on](SlideAction& a) { a.request.useProfileCookies = on; });
     });
     sections->append(*cookies);
     return sections;
@@ -286,30 +288,30 @@ Gtk::Widget* ActionEditor::buildRequestSections() {
 
 Gtk::Widget* ActionEditor::buildAutomation() {
     auto* card = actionFormCard();
-    appendToCard(*card, *actionFormSwitch("Run when slide appears", "Only while presenting", autoRun_));
+    appendToCard(*card, *actionFormSwitch(_("Run when slide appears"), _("Only while presenting"), autoRun_));
     autoRun_.property_active().signal_changed().connect([this] {
         bool on = autoRun_.get_active();
-        change("Run Automatically", [on](SlideAction& a) { a.autoRun = on; });
+        change(_("Run Automatically"), [on](SlideAction& a) { a.autoRun = on; });
     });
-    appendToCard(*card, *actionFormRow("Delay", {}, delay_));
+    appendToCard(*card, *actionFormRow(_("Delay"), {}, delay_));
     delay_.committed = [this](double value) {
-        change("Change Delay", [value](SlideAction& a) { a.autoRunDelaySeconds = value; });
+        change(_("Change Delay"), [value](SlideAction& a) { a.autoRunDelaySeconds = value; });
     };
-    appendToCard(*card, *actionFormSwitch("Repeat", {}, repeats_));
+    appendToCard(*card, *actionFormSwitch(_("Repeat"), {}, repeats_));
     repeats_.property_active().signal_changed().connect([this] {
         bool on = repeats_.get_active();
-        change("Repeat", [on](SlideAction& a) { a.repeats = on; });
+        change(_("Repeat"), [on](SlideAction& a) { a.repeats = on; });
     });
-    appendToCard(*card, *actionFormRow("Interval", {}, interval_));
+    appendToCard(*card, *actionFormRow(_("Interval"), {}, interval_));
     interval_.committed = [this](double value) {
-        change("Change Interval", [value](SlideAction& a) { a.repeatIntervalSeconds = value; });
+        change(_("Change Interval"), [value](SlideAction& a) { a.repeatIntervalSeconds = value; });
     };
-    appendToCard(*card, *actionFormRow("Maximum runs", "0 repeats until the slide changes", maxRuns_));
+    appendToCard(*card, *actionFormRow(_("Maximum runs"), _("0 repeats until the slide changes"), maxRuns_));
     maxRuns_.committed = [this](double value) {
         auto runs = static_cast<std::int64_t>(value);
-        change("Change Maximum Runs", [runs](SlideAction& a) { a.repeatMaxRuns = runs; });
+        change(_("Change Maximum Runs"), [runs](SlideAction& a) { a.repeatMaxRuns = runs; });
     };
-    return actionFormSection("Automation", *card);
+    return actionFormSection(_("Automation"), *card);
 }
 
 void ActionEditor::refresh() {
@@ -324,7 +326,7 @@ void ActionEditor::refresh() {
     form_->set_visible(true);
     testArea_->set_visible(true);
     refreshing_ = true;
-    heading_->set_text(current->name.empty() ? "Untitled Action" : current->name);
+    heading_->set_text(current->name.empty() ? _("Untitled Action") : current->name);
     set_title(heading_->get_text());
     if (std::string(name_.get_text()) != current->name) name_.set_text(current->name);
     bool request = current->kindCase == SlideActionKindCase::apiRequest;
@@ -369,7 +371,7 @@ void ActionEditor::refreshHeaders(const APIRequestSpec& request) {
         for (std::size_t i = 0; i < ids.size(); ++i) {
             Uuid id = ids[i];
             auto edit = [this, id](const char* key, std::function<void(HTTPHeaderField&)> fn) {
-                change("Typing",
+                change(_("Typing"),
                        [id, fn](SlideAction& a) {
                            for (auto& header : a.request.headers) {
                                if (header.id == id) fn(header);
@@ -378,18 +380,18 @@ void ActionEditor::refreshHeaders(const APIRequestSpec& request) {
                        std::string(key) + id.string());
             };
             auto* name = Gtk::make_managed<Gtk::Entry>();
-            name->set_placeholder_text("Name");
+            name->set_placeholder_text(_("Name"));
             name->set_enable_undo(false);
-            setAccessibleLabel(*name, "Header Name");
+            setAccessibleLabel(*name, _("Header Name"));
             name->signal_changed().connect([name, edit] {
                 std::string text = name->get_text();
                 edit("header-name:", [text](HTTPHeaderField& h) { h.name = text; });
             });
             auto* value = Gtk::make_managed<Gtk::Entry>();
-            value->set_placeholder_text("Value");
+            value->set_placeholder_text(_("Value"));
             value->set_hexpand(true);
             value->set_enable_undo(false);
-            setAccessibleLabel(*value, "Header Value");
+            setAccessibleLabel(*value, _("Header Value"));
             value->signal_changed().connect([value, edit] {
                 std::string text = value->get_text();
                 edit("header-value:", [text](HTTPHeaderField& h) { h.value = text; });
@@ -397,10 +399,10 @@ void ActionEditor::refreshHeaders(const APIRequestSpec& request) {
             auto* remove = Gtk::make_managed<Gtk::Button>();
             remove->set_icon_name("list-remove-symbolic");
             remove->add_css_class("flat");
-            remove->set_tooltip_text("Remove Header");
-            setAccessibleLabel(*remove, "Remove Header");
+            remove->set_tooltip_text(_("Remove Header"));
+            setAccessibleLabel(*remove, _("Remove Header"));
             remove->signal_clicked().connect([this, id] {
-                change("Remove Header", [id](SlideAction& a) {
+                change(_("Remove Header"), [id](SlideAction& a) {
                     std::erase_if(a.request.headers, [id](const HTTPHeaderField& h) { return h.id == id; });
                 });
             });
@@ -444,7 +446,7 @@ void ActionEditor::refreshResult() {
     resultSpinner_.set_spinning(state.kind == Kind::running);
     resultIcon_.set_visible(state.kind == Kind::success || state.kind == Kind::failure);
     resultIcon_.set_from_icon_name(state.kind == Kind::success ? "object-select-symbolic" : "window-close-symbolic");
-    setAccessibleLabel(resultIcon_, state.kind == Kind::success ? "Succeeded" : "Failed");
+    setAccessibleLabel(resultIcon_, state.kind == Kind::success ? _("Succeeded") : _("Failed"));
     for (const char* name : {"success", "error", "dim-label"}) {
         result_.remove_css_class(name);
         resultIcon_.remove_css_class(name);
@@ -453,7 +455,7 @@ void ActionEditor::refreshResult() {
     result_.add_css_class(style);
     resultIcon_.add_css_class(style);
     result_.set_visible(state.kind != Kind::idle);
-    result_.set_text(state.kind == Kind::running ? "Running…" : state.text);
+    result_.set_text(state.kind == Kind::running ? _("Running…") : state.text);
 }
 
 }  // namespace lectern

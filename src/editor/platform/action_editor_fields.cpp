@@ -1,5 +1,7 @@
 #include "editor/platform/action_editor_fields.h"
 
+#include <glib/gi18n.h>
+
 #include "base/platform/accessible.h"
 
 namespace lectern {
@@ -92,10 +94,10 @@ StepperField::StepperField(DraftStepper rules, const std::string& label)
     }
     minus_.set_icon_name("list-remove-symbolic");
     plus_.set_icon_name("list-add-symbolic");
-    setAccessibleLabel(minus_, "Decrease " + label);
-    setAccessibleLabel(plus_, "Increase " + label);
-    minus_.set_tooltip_text("Decrease");
-    plus_.set_tooltip_text("Increase");
+    setAccessibleLabel(minus_, _("Decrease ") + label);
+    setAccessibleLabel(plus_, _("Increase ") + label);
+    minus_.set_tooltip_text(_("Decrease"));
+    plus_.set_tooltip_text(_("Increase"));
     auto* buttons = Gtk::make_managed<Gtk::Box>(Gtk::Orientation::HORIZONTAL);
     buttons->add_css_class("linked");
     buttons->append(minus_);

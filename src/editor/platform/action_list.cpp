@@ -1,5 +1,7 @@
 #include "editor/platform/action_list.h"
 
+#include <glib/gi18n.h>
+
 #include "base/platform/accessible.h"
 #include "editor/platform/action_editor.h"
 #include "present/action_trust.h"
@@ -21,7 +23,7 @@ Gtk::Button* iconButton(const char* icon, const char* label) {
 }
 
 const char* kindName(SlideActionKindCase kind) {
-    return kind == SlideActionKindCase::apiRequest ? "API Request" : "Page Script";
+    return kind == SlideActionKindCase::apiRequest ? _("API Request") : _("Page Script");
 }
 
 }  // namespace
@@ -36,7 +38,7 @@ ActionList::ActionList(DeckEditor& editor)
     set_margin_start(12);
     set_margin_end(12);
 
-    auto* title = Gtk::make_managed<Gtk::Label>("Actions");
+    auto* title = Gtk::make_managed<Gtk::Label>(_("Actions"));
     title->add_css_class("heading");
     title->set_xalign(0);
     title->set_hexpand(true);
@@ -51,10 +53,10 @@ ActionList::ActionList(DeckEditor& editor)
         auto index = static_cast<std::size_t>(row->get_index());
         if (index < rowStates_.size()) openEditor(rowStates_[index].id);
     });
-    setAccessibleLabel(rows_, "Actions");
+    setAccessibleLabel(rows_, _("Actions"));
     append(rows_);
 
-    empty_.set_text("No actions on this slide");
+    empty_.set_text(_("No actions on this slide"));
     empty_.add_css_class("dim-label");
     empty_.add_css_class("caption");
     empty_.set_xalign(0);
@@ -72,8 +74,8 @@ ActionList::ActionList(DeckEditor& editor)
         content->append(*icon);
         content->append(*Gtk::make_managed<Gtk::Label>(kindName(kind)));
         button->set_child(*content);
-        button->set_tooltip_text(std::string("Add ") + kindName(kind));
-        setAccessibleLabel(*button, std::string("Add ") + kindName(kind));
+        button->set_tooltip_text(std::string(_("Add ")) + kindName(kind));
+        setAccessibleLabel(*button, std::string(_("Add ")) + kindName(kind));
         button->signal_clicked().connect([this, kind] { addAction(kind); });
         adding->append(*button);
     }
@@ -102,7 +104,7 @@ void ActionList::addAction(SlideActionKindCase kind) {
     SlideAction action;
     action.kindCase = kind;
     Uuid id = action.id;
-    if (editor_.editCurrentSlide("Add Action", [&](Slide& slide) { slide.actions.push_back(action); })) {
+    if (editor_.editCurrentSlide(_("Add Action"), [&](Slide& slide) { slide.actions.push_back(action); })) {
         openEditor(id);
     }
 }
@@ -137,7 +139,7 @@ void ActionList::testRun(const Uuid& actionId) {
 }
 
 void ActionList::moveAction(const Uuid& actionId, int offset) {
-    editor_.editCurrentSlide("Move Action", [&](Slide& slide) {
+    editor_.editCurrentSlide(_("Move Action"), [&](Slide& slide) {
         auto& actions = slide.actions;
         for (std::size_t i = 0; i < actions.size(); ++i) {
             if (actions[i].id != actionId) continue;
@@ -150,7 +152,7 @@ void ActionList::moveAction(const Uuid& actionId, int offset) {
 }
 
 void ActionList::removeAction(const Uuid& actionId) {
-    editor_.editCurrentSlide("Remove Action", [&](Slide& slide) {
+    editor_.editCurrentSlide(_("Remove Action"), [&](Slide& slide) {
         std::erase_if(slide.actions, [&](const SlideAction& action) { return action.id == actionId; });
     });
 }
@@ -169,7 +171,7 @@ Gtk::ListBoxRow* ActionList::makeRow(const Slide& slide, const SlideAction& acti
     texts->append(*name);
     texts->append(*kind);
     if (action.autoRun) {
-        auto* automatic = Gtk::make_managed<Gtk::Label>("Runs automatically while presenting");
+        auto* automatic = Gtk::make_managed<Gtk::Label>(_("Runs automatically while presenting"));
         automatic->set_xalign(0);
         automatic->set_wrap(true);
         automatic->add_css_class("caption");
@@ -185,9 +187,9 @@ Gtk::ListBoxRow* ActionList::makeRow(const Slide& slide, const SlideAction& acti
     auto* spinner = Gtk::make_managed<Gtk::Spinner>();
     spinner->set_valign(Gtk::Align::CENTER);
     Uuid id = action.id;
-    auto* run = iconButton("media-playback-start-symbolic", "Test Run");
+    auto* run = iconButton("media-playback-start-symbolic", _("Test Run"));
     run->signal_clicked().connect([this, id] { testRun(id); });
-    auto* edit = iconButton("document-edit-symbolic", "Edit Action");
+    auto* edit = iconButton("document-edit-symbolic", _("Edit Action"));
     edit->signal_clicked().connect([this, id] { openEditor(id); });
 
     // Less frequent: moving and removing, in a menu of their own.
@@ -204,14 +206,14 @@ Gtk::ListBoxRow* ActionList::makeRow(const Slide& slide, const SlideAction& acti
         });
         more->append(*item);
     };
-    menuItem("Move Up", [this, id] { moveAction(id, -1); }, index > 0);
-    menuItem("Move Down", [this, id] { moveAction(id, 1); }, index + 1 < slide.actions.size());
-    menuItem("Remove", [this, id] { removeAction(id); }, true);
+    menuItem(_("Move Up"), [this, id] { moveAction(id, -1); }, index > 0);
+    menuItem(_("Move Down"), [this, id] { moveAction(id, 1); }, index + 1 < slide.actions.size());
+    menuItem(_("Remove"), [this, id] { removeAction(id); }, true);
     popover->set_child(*more);
     auto* menu = Gtk::make_managed<Gtk::MenuButton>();
     menu->set_icon_name("view-more-symbolic");
-    menu->set_tooltip_text("More");
-    setAccessibleLabel(*menu, "More");
+    menu->set_tooltip_text(_("More"));
+    setAccessibleLabel(*menu, _("More"));
     menu->set_valign(Gtk::Align::CENTER);
     menu->add_css_class("flat");
     menu->set_popover(*popover);
@@ -255,7 +257,7 @@ void ActionList::refreshRunStates() {
         row.spinner->set_visible(state.kind == Kind::running);
         row.spinner->set_spinning(state.kind == Kind::running);
         row.outcome->set_visible(state.kind != Kind::idle);
-        row.outcome->set_text(state.kind == Kind::running ? "Running…" : state.text);
+        row.outcome->set_text(state.kind == Kind::running ? _("Running…") : state.text);
         row.outcome->set_tooltip_text(state.text);
         for (const char* name : {"dim-label", "success", "error"}) row.outcome->remove_css_class(name);
         row.outcome->add_css_class(state.kind == Kind::success   ? "success"

@@ -1,5 +1,7 @@
 #include "editor/platform/body_editor.h"
 
+#include <glib/gi18n.h>
+
 #include <algorithm>
 #include <cmath>
 #include <sstream>
@@ -64,7 +66,7 @@ BodyEditor::BodyEditor() : buffer_(get_buffer()) {
     set_top_margin(0);
     set_bottom_margin(0);
     add_css_class("stage-body-editor");
-    setAccessibleLabel(*this, "Body");
+    setAccessibleLabel(*this, _("Body"));
     css_ = Gtk::CssProvider::create();
     get_style_context()->add_provider(css_, GTK_STYLE_PROVIDER_PRIORITY_APPLICATION);
     createTags();
@@ -445,7 +447,7 @@ void BodyEditor::finishPendingEdits() {
     auto splices = std::move(pendingSplices_);
     pendingSplices_.clear();
     EditableSlideBody next = replayBufferEdits(body_, splices);
-    commit(bufferText, pendingDirty_, std::move(next), "Typing", true);
+    commit(bufferText, pendingDirty_, std::move(next), _("Typing"), true);
 }
 
 void BodyEditor::commit(const std::string& bufferText, std::optional<TextRange> dirty, EditableSlideBody next,
@@ -513,7 +515,7 @@ bool BodyEditor::onKeyPressed(guint keyval, Gdk::ModifierType state) {
     }
     if (alt || control) return false;
     if (keyval == GDK_KEY_Return || keyval == GDK_KEY_KP_Enter || keyval == GDK_KEY_ISO_Enter) {
-        commit(body_.text.string(), std::nullopt, insertNewline(body_), "Typing", true);
+        commit(body_.text.string(), std::nullopt, insertNewline(body_), _("Typing"), true);
         scroll_to(buffer_->get_insert());
         return true;
     }

@@ -1,5 +1,7 @@
 #include "editor/platform/build_order_editor.h"
 
+#include <glib/gi18n.h>
+
 #include "base/platform/accessible.h"
 #include "slides/body_layout.h"
 
@@ -75,7 +77,7 @@ void acceptRows(Gtk::Widget& list, std::function<Gdk::DragAction(double, double)
 
 namespace {
 
-constexpr const char* editLabel = "Change Build Order";
+constexpr const char* editLabel = N_("Change Build Order");
 constexpr const char* dragContent = "lectern-build-order-row";
 
 bool spans(const std::optional<graphene_rect_t>& bounds, double y) {
@@ -115,7 +117,7 @@ BuildOrderEditor::BuildOrderEditor(DeckEditor& editor)
     add_css_class("build-order-editor");
 
     auto* header = Gtk::make_managed<Gtk::Box>(Gtk::Orientation::HORIZONTAL, 6);
-    auto* title = Gtk::make_managed<Gtk::Label>("Build Order");
+    auto* title = Gtk::make_managed<Gtk::Label>(_("Build Order"));
     title->add_css_class("heading");
     header->append(*title);
     count_.add_css_class("dim-label");
@@ -124,12 +126,12 @@ BuildOrderEditor::BuildOrderEditor(DeckEditor& editor)
     header->append(count_);
     expander_.set_label_widget(*header);
     expander_.set_expanded(true);
-    setAccessibleLabel(expander_, "Build Order");
+    setAccessibleLabel(expander_, _("Build Order"));
 
     reveal_order::assemble(*this, expander_, help_,
-                           "Tap and hold a row to drag it. Drop on a step to merge; drop in a gap between steps to "
-                           "insert as a new step.",
-                           empty_, "Type content on the stage to build a reveal sequence.", stepsBox_);
+                           _("Tap and hold a row to drag it. Drop on a step to merge; drop in a gap between steps to "
+                             "insert as a new step."),
+                           empty_, _("Type content on the stage to build a reveal sequence."), stepsBox_);
     reveal_order::acceptRows(
         stepsBox_, [this](double x, double y) { return dragMoved(x, y); }, [this] { showDropSpot(std::nullopt); },
         [this](double x, double y) { return dropped(x, y); });
@@ -228,7 +230,7 @@ std::unique_ptr<BuildOrderEditor::Step> BuildOrderEditor::makeStep(std::size_t i
     step->index = index;
     step->box = Gtk::make_managed<Gtk::Box>(Gtk::Orientation::VERTICAL, 0);
     step->box->add_css_class("build-step");
-    std::string name = "Step " + std::to_string(index + 1);
+    std::string name = _("Step ") + std::to_string(index + 1);
     setAccessibleLabel(*step->box, name);
 
     auto* header = Gtk::make_managed<Gtk::Box>(Gtk::Orientation::HORIZONTAL, 6);
@@ -237,7 +239,7 @@ std::unique_ptr<BuildOrderEditor::Step> BuildOrderEditor::makeStep(std::size_t i
     title->set_hexpand(true);
     title->set_xalign(0);
     header->append(*title);
-    step->mergeButton = iconButton("go-up-symbolic", "Merge with step above");
+    step->mergeButton = iconButton("go-up-symbolic", _("Merge with step above"));
     step->mergeButton->set_visible(index > 0);
     Step* raw = step.get();
     step->mergeButton->signal_clicked().connect([this, raw] {
@@ -265,7 +267,7 @@ std::unique_ptr<BuildOrderEditor::Row> BuildOrderEditor::makeRow(Step& step, std
     row->label->set_ellipsize(Pango::EllipsizeMode::END);
     row->label->set_single_line_mode(true);
     row->box->append(*row->label);
-    row->breakButton = iconButton("edit-cut-symbolic", "Break into its own step");
+    row->breakButton = iconButton("edit-cut-symbolic", _("Break into its own step"));
     row->breakButton->set_visible(false);
     Row* raw = row.get();
     row->breakButton->signal_clicked().connect([this, raw] {
@@ -315,13 +317,13 @@ void BuildOrderEditor::setRowText(Row& row, const std::string& text) {
         if (c == '\t') c = ' ';
     }
     row.label->set_text(shown);
-    setAccessibleLabel(*row.box, "Step " + std::to_string(row.key.step + 1) + ": " + shown);
+    setAccessibleLabel(*row.box, _("Step ") + std::to_string(row.key.step + 1) + ": " + shown);
 }
 
 // Changing the plan ----------------------------------------------------
 
 void BuildOrderEditor::change(const std::function<RevealSteps(const Slide&)>& plan) {
-    editor_.editCurrentSlide(editLabel, [&](Slide& slide) { slide.revealPlan = plan(slide); });
+    editor_.editCurrentSlide(_(editLabel), [&](Slide& slide) { slide.revealPlan = plan(slide); });
 }
 
 std::optional<BuildOrderEditor::DropSpot> BuildOrderEditor::spotAt(double, double y) {

@@ -1,4 +1,6 @@
 #include "editor/platform/card_editors.h"
+
+#include <glib/gi18n.h>
 #include "editor/platform/stage_field.h"
 
 #include <algorithm>
@@ -95,11 +97,11 @@ CardEditors::CardEditors(DeckEditor& editor, Gtk::Overlay& overlay, StageView& s
     auto* addIcon = Gtk::make_managed<Gtk::Image>();
     addIcon->set_from_icon_name("list-add-symbolic");
     addContent->append(*addIcon);
-    addContent->append(*Gtk::make_managed<Gtk::Label>("Add option"));
+    addContent->append(*Gtk::make_managed<Gtk::Label>(_("Add option")));
     addButton_->set_child(*addContent);
     addButton_->add_css_class("osd");
     addButton_->set_focus_on_click(false);
-    setAccessibleLabel(*addButton_, "Add option");
+    setAccessibleLabel(*addButton_, _("Add option"));
     addButton_->signal_clicked().connect([this] { addOption(); });
     addButton_->set_visible(false);
     overlay_.add_overlay(*addButton_);
@@ -108,13 +110,13 @@ CardEditors::CardEditors(DeckEditor& editor, Gtk::Overlay& overlay, StageView& s
     controls_ = Gtk::make_managed<Gtk::Box>(Gtk::Orientation::HORIZONTAL, 6);
     controls_->add_css_class("osd");
     controls_->add_css_class("toolbar");
-    auto* routeCaption = Gtk::make_managed<Gtk::Label>("Route to");
+    auto* routeCaption = Gtk::make_managed<Gtk::Label>(_("Route to"));
     routeCaption->add_css_class("dim-label");
     routeCaption->set_margin_start(6);
     controls_->append(*routeCaption);
     routeButton_ = Gtk::make_managed<Gtk::MenuButton>();
-    routeButton_->set_label(CardRoutes::setTarget);
-    setAccessibleLabel(*routeButton_, "Route to");
+    routeButton_->set_label(_(CardRoutes::setTarget));
+    setAccessibleLabel(*routeButton_, _("Route to"));
     routeMenu_ = Gio::Menu::create();
     routeButton_->set_menu_model(routeMenu_);
     // The deck's slides are listed when the menu opens, not on every edit.
@@ -122,8 +124,8 @@ CardEditors::CardEditors(DeckEditor& editor, Gtk::Overlay& overlay, StageView& s
     controls_->append(*routeButton_);
     removeButton_ = Gtk::make_managed<Gtk::Button>();
     removeButton_->set_icon_name("list-remove-symbolic");
-    removeButton_->set_tooltip_text("Remove option");
-    setAccessibleLabel(*removeButton_, "Remove option");
+    removeButton_->set_tooltip_text(_("Remove option"));
+    setAccessibleLabel(*removeButton_, _("Remove option"));
     removeButton_->signal_clicked().connect([this] { removeSelected(); });
     controls_->append(*removeButton_);
     auto actions = Gio::SimpleActionGroup::create();
@@ -260,7 +262,7 @@ std::unique_ptr<CardEditors::Field> CardEditors::makeField(const Uuid& id, bool 
     Gtk::Text& text = *field->text;
     text.set_width_chars(1);
     text.set_enable_undo(false);  // the deck's history undoes typing
-    setAccessibleLabel(text, subtitle ? "Option subtitle" : "Option title");
+    setAccessibleLabel(text, subtitle ? _("Option subtitle") : _("Option title"));
     field->style = Gtk::CssProvider::create();
     text.get_style_context()->add_provider(field->style, GTK_STYLE_PROVIDER_PRIORITY_APPLICATION + 1);
 
@@ -324,7 +326,7 @@ void CardEditors::styleField(Field& field) {
         field.css = css;
         field.style->load_from_data(css);
     }
-    std::string placeholder = shown ? (field.subtitle ? "Optional subtitle" : "Option title") : "";
+    std::string placeholder = shown ? (field.subtitle ? _("Optional subtitle") : _("Option title")) : "";
     if (std::string(text.get_placeholder_text()) != placeholder) text.set_placeholder_text(placeholder);
 }
 
@@ -352,7 +354,7 @@ void CardEditors::fieldChanged(Field& field) {
     Uuid id = field.card;
     bool subtitle = field.subtitle;
     editor_.editCurrentSlide(
-        "Typing",
+        _("Typing"),
         [&](Slide& slide) {
             if (SlideLink* link = linkOf(slide, id)) (subtitle ? link->subtitle : link->label) = text;
         },
@@ -406,7 +408,7 @@ void CardEditors::buildRouteMenu() {
 void CardEditors::route(const std::string& targetId) {
     if (!controlsCard_) return;
     Uuid id = *controlsCard_;
-    editor_.editCurrentSlide("Route Option", [&](Slide& slide) {
+    editor_.editCurrentSlide(_("Route Option"), [&](Slide& slide) {
         if (SlideLink* link = linkOf(slide, id)) link->targetId = targetId;
     });
 }
@@ -414,7 +416,7 @@ void CardEditors::route(const std::string& targetId) {
 void CardEditors::addOption() {
     const Slide* slide = decisionsSlide();
     if (!slide || !DecisionCards::canAddOption(slide->links)) return;
-    if (!editor_.editCurrentSlide("Add Option",
+    if (!editor_.editCurrentSlide(_("Add Option"),
                                   [](Slide& changed) { changed.links = DecisionCards::addOption(changed.links); }))
         return;
     slide = decisionsSlide();
@@ -433,7 +435,7 @@ void CardEditors::removeSelected() {
     if (!controlsCard_) return;
     Uuid id = *controlsCard_;
     stage_.setSelectedCard(std::nullopt);
-    editor_.editCurrentSlide("Remove Option",
+    editor_.editCurrentSlide(_("Remove Option"),
                              [&](Slide& slide) { slide.links = DecisionCards::removeCard(slide.links, id); });
     updateControls();
 }
@@ -539,7 +541,7 @@ void CardEditors::dragEnd() {
     press_.reset();
     drag_.reset();
     if (drag && drag->target) {
-        editor_.editCurrentSlide("Move Option", [&](Slide& slide) {
+        editor_.editCurrentSlide(_("Move Option"), [&](Slide& slide) {
             slide.links = DecisionCards::moveCard(slide.links, drag->id, drag->target);
         });
     }

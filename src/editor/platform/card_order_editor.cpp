@@ -1,5 +1,7 @@
 #include "editor/platform/card_order_editor.h"
 
+#include <glib/gi18n.h>
+
 #include "base/platform/accessible.h"
 #include "editor/platform/build_order_editor.h"
 
@@ -7,7 +9,7 @@ namespace lectern {
 
 namespace {
 
-constexpr const char* editLabel = "Change Build Order";
+constexpr const char* editLabel = N_("Change Build Order");
 constexpr const char* dragContent = "lectern-card-order-row";
 
 const Slide* cardsSlide(const Slide* slide) {
@@ -35,7 +37,7 @@ CardOrderEditor::CardOrderEditor(DeckEditor& editor) : Gtk::Box(Gtk::Orientation
     add_css_class("card-order-editor");
 
     auto* header = Gtk::make_managed<Gtk::Box>(Gtk::Orientation::HORIZONTAL, 6);
-    auto* title = Gtk::make_managed<Gtk::Label>("Card Reveal Order");
+    auto* title = Gtk::make_managed<Gtk::Label>(_("Card Reveal Order"));
     title->add_css_class("heading");
     header->append(*title);
     count_.add_css_class("dim-label");
@@ -44,12 +46,12 @@ CardOrderEditor::CardOrderEditor(DeckEditor& editor) : Gtk::Box(Gtk::Orientation
     header->append(count_);
     expander_.set_label_widget(*header);
     expander_.set_expanded(true);
-    setAccessibleLabel(expander_, "Card Reveal Order");
+    setAccessibleLabel(expander_, _("Card Reveal Order"));
 
     reveal_order::assemble(*this, expander_, help_,
-                           "Tap and hold a row to drag it to a new position — decision cards reveal in the order "
-                           "shown here during manual reveal.",
-                           empty_, "Add decision cards on the stage to build a reveal sequence.", rowsBox_);
+                           _("Tap and hold a row to drag it to a new position — decision cards reveal in the order "
+                             "shown here during manual reveal."),
+                           empty_, _("Add decision cards on the stage to build a reveal sequence."), rowsBox_);
     reveal_order::acceptRows(
         rowsBox_, [this](double x, double y) { return dragMoved(x, y); }, [this] { showTarget(std::nullopt); },
         [this](double x, double y) { return dropped(x, y); });
@@ -99,11 +101,11 @@ void CardOrderEditor::refresh() {
     for (std::size_t i = 0; i < links.size(); ++i) {
         Row& row = *rows_[i];
         row.id = links[i].id;
-        std::string text = links[i].label.empty() ? "Untitled option" : links[i].label;
+        std::string text = links[i].label.empty() ? _("Untitled option") : links[i].label;
         if (row.text == text) continue;
         row.text = text;
         row.label->set_text(text);
-        setAccessibleLabel(*row.box, "Card " + std::to_string(i + 1) + ": " + text);
+        setAccessibleLabel(*row.box, _("Card ") + std::to_string(i + 1) + ": " + text);
     }
     bool any = !links.empty();
     empty_.set_visible(!any);
@@ -202,7 +204,7 @@ bool CardOrderEditor::dropped(double x, double y) {
     showTarget(std::nullopt);
     dragging_.reset();
     if (!target || !dragged) return false;
-    editor_.editCurrentSlide(editLabel, [&](Slide& slide) {
+    editor_.editCurrentSlide(_(editLabel), [&](Slide& slide) {
         slide.links = DecisionCards::moveLink(std::move(slide.links), *dragged, *target);
     });
     return true;

@@ -1,5 +1,7 @@
 #include "editor/platform/deck_inspector.h"
 
+#include <glib/gi18n.h>
+
 #include <algorithm>
 #include <cmath>
 
@@ -33,7 +35,7 @@ std::optional<Color> colourOf(const std::optional<std::string>& hex) {
 
 std::string swatchName(std::size_t index, const std::optional<std::string>& hex) {
     auto canonical = hex ? canonicalHex(*hex) : std::nullopt;
-    return "Palette swatch " + std::to_string(index + 1) + ": " + (canonical ? *canonical : std::string("empty"));
+    return _("Palette swatch ") + std::to_string(index + 1) + ": " + (canonical ? *canonical : std::string("empty"));
 }
 
 }  // namespace
@@ -75,16 +77,16 @@ DeckInspector::~DeckInspector() {
 }
 
 void DeckInspector::buildTitle() {
-    append(*heading("Title"));
-    title_.set_placeholder_text("Untitled deck");
+    append(*heading(_("Title")));
+    title_.set_placeholder_text(_("Untitled deck"));
     title_.set_text(editor_.deck().title.value_or(""));
-    setAccessibleLabel(title_, "Deck title");
+    setAccessibleLabel(title_, _("Deck title"));
     title_.signal_changed().connect([this] {
         if (syncing_) return;
         auto title = DeckInspectorModel::titleFromText(title_.get_text().raw());
         shownTitle_ = title;
         editor_.edit(
-            "Rename Deck",
+            _("Rename Deck"),
             [&](Deck deck) {
                 deck.title = title;
                 return deck;
@@ -95,10 +97,10 @@ void DeckInspector::buildTitle() {
 }
 
 void DeckInspector::buildTheme() {
-    append(*heading("Theme"));
+    append(*heading(_("Theme")));
     themes_.add_css_class("boxed-list");
     themes_.set_selection_mode(Gtk::SelectionMode::SINGLE);
-    setAccessibleLabel(themes_, "Theme");
+    setAccessibleLabel(themes_, _("Theme"));
     for (Theme theme : themes) {
         auto* box = Gtk::make_managed<Gtk::Box>(Gtk::Orientation::VERTICAL, 2);
         box->set_margin(8);
@@ -120,7 +122,7 @@ void DeckInspector::buildTheme() {
         if (syncing_ || !row) return;
         Theme theme = themes[static_cast<std::size_t>(row->get_index())];
         shownTheme_ = theme;
-        editor_.edit("Change Theme", [&](Deck deck) {
+        editor_.edit(_("Change Theme"), [&](Deck deck) {
             deck.theme = theme;
             return deck;
         });
@@ -130,8 +132,8 @@ void DeckInspector::buildTheme() {
 }
 
 void DeckInspector::buildAccent() {
-    append(*heading("Accent"));
-    accentNote_.set_text("This theme shows no accent colour.");
+    append(*heading(_("Accent")));
+    accentNote_.set_text(_("This theme shows no accent colour."));
     accentNote_.set_xalign(0);
     accentNote_.set_wrap(true);
     accentNote_.add_css_class("dim-label");
@@ -142,20 +144,20 @@ void DeckInspector::buildAccent() {
     accents_.set_selection_mode(Gtk::SelectionMode::NONE);
     accents_.set_max_children_per_line(8);
     accents_.set_homogeneous(true);
-    setAccessibleLabel(accents_, "Accent colours");
+    setAccessibleLabel(accents_, _("Accent colours"));
     append(accents_);
 
     auto* buttons = Gtk::make_managed<Gtk::Box>(Gtk::Orientation::HORIZONTAL, 6);
-    defaultAccent_.set_label("Theme Default");
-    setAccessibleLabel(defaultAccent_, "Theme default accent");
+    defaultAccent_.set_label(_("Theme Default"));
+    setAccessibleLabel(defaultAccent_, _("Theme default accent"));
     defaultAccent_.signal_toggled().connect([this] {
         if (!syncing_ && defaultAccent_.get_active()) setAccent(std::nullopt);
     });
     buttons->append(defaultAccent_);
-    auto* custom = Gtk::make_managed<Gtk::Button>("Custom\u2026");
-    setAccessibleLabel(*custom, "Custom accent colour");
+    auto* custom = Gtk::make_managed<Gtk::Button>(_("Custom\u2026"));
+    setAccessibleLabel(*custom, _("Custom accent colour"));
     custom->signal_clicked().connect([this] {
-        chooseColour("Accent Color", [this](std::string hex) { setAccent(std::move(hex)); });
+        chooseColour(_("Accent Color"), [this](std::string hex) { setAccent(std::move(hex)); });
     });
     buttons->append(*custom);
     accentValue_.add_css_class("dim-label");
@@ -178,7 +180,7 @@ void DeckInspector::fillAccentChoices() {
         button->set_has_frame(false);
         button->set_group(defaultAccent_);
         button->set_tooltip_text(hex);
-        setAccessibleLabel(*button, "Accent " + hex);
+        setAccessibleLabel(*button, _("Accent ") + hex);
         button->signal_toggled().connect([this, button, hex] {
             if (!syncing_ && button->get_active()) setAccent(hex);
         });
@@ -192,7 +194,7 @@ void DeckInspector::fillAccentChoices() {
                                    [&](const std::string& h) { return DeckInspectorModel::sameColour(h, hex); });
             if (it == hexes.end()) return;
             std::size_t index = static_cast<std::size_t>(it - hexes.begin());
-            chooseColour("Accent Palette Color", [this, index](std::string chosen) {
+            chooseColour(_("Accent Palette Color"), [this, index](std::string chosen) {
                 appPalette_.replace(index, std::move(chosen));
             });
         });
@@ -212,20 +214,20 @@ void DeckInspector::showAccent() {
     }
     defaultAccent_.set_active(!accent);
     // A colour chosen in the colour chooser may have no button of its own.
-    accentValue_.set_text(accent ? canonicalHex(*accent).value_or(*accent) : "Theme default");
+    accentValue_.set_text(accent ? canonicalHex(*accent).value_or(*accent) : _("Theme default"));
     syncing_ = false;
 }
 
 void DeckInspector::setAccent(std::optional<std::string> hex) {
     if (hex) hex = canonicalHex(*hex);
-    editor_.edit("Change Accent", [&](Deck deck) {
+    editor_.edit(_("Change Accent"), [&](Deck deck) {
         deck.accentHex = hex;
         return deck;
     });
 }
 
 void DeckInspector::buildPalette() {
-    append(*heading("Palette"));
+    append(*heading(_("Palette")));
     auto* row = Gtk::make_managed<Gtk::Box>(Gtk::Orientation::HORIZONTAL, 2);
     for (std::size_t index = 0; index < swatches_.size(); ++index) {
         auto* button = Gtk::make_managed<Gtk::MenuButton>();
@@ -268,14 +270,14 @@ Gtk::Popover* DeckInspector::swatchMenu(std::size_t index) {
     };
     popover->signal_show().connect(fill);
     box->append(*colours);
-    auto* custom = Gtk::make_managed<Gtk::Button>("Custom\u2026");
+    auto* custom = Gtk::make_managed<Gtk::Button>(_("Custom\u2026"));
     custom->set_has_frame(false);
     custom->signal_clicked().connect([this, popover, index] {
         popover->popdown();
-        chooseColour("Palette Color", [this, index](std::string hex) { setSwatch(index, std::move(hex)); });
+        chooseColour(_("Palette Color"), [this, index](std::string hex) { setSwatch(index, std::move(hex)); });
     });
     box->append(*custom);
-    auto* clear = Gtk::make_managed<Gtk::Button>("Empty Swatch");
+    auto* clear = Gtk::make_managed<Gtk::Button>(_("Empty Swatch"));
     clear->set_has_frame(false);
     clear->signal_clicked().connect([this, popover, index] {
         popover->popdown();
@@ -287,20 +289,20 @@ Gtk::Popover* DeckInspector::swatchMenu(std::size_t index) {
 }
 
 void DeckInspector::setSwatch(std::size_t index, std::optional<std::string> hex) {
-    editor_.edit("Change Palette", [&](Deck deck) {
+    editor_.edit(_("Change Palette"), [&](Deck deck) {
         deck.palette.setSwatch(index, std::move(hex));
         return deck;
     });
 }
 
 void DeckInspector::buildTalkLength() {
-    append(*heading("Talk Length"));
+    append(*heading(_("Talk Length")));
     auto* row = Gtk::make_managed<Gtk::Box>(Gtk::Orientation::HORIZONTAL, 6);
-    talk_.set_placeholder_text("None");
+    talk_.set_placeholder_text(_("None"));
     talk_.set_input_purpose(Gtk::InputPurpose::DIGITS);
     talk_.set_width_chars(6);
     talk_.set_text(DeckInspectorModel::talkLengthText(editor_.deck().targetMinutes));
-    setAccessibleLabel(talk_, "Talk length in minutes");
+    setAccessibleLabel(talk_, _("Talk length in minutes"));
     // Committed on Enter and when the field loses the keyboard, so that
     // typing "0" on the way to "05" is not turned into 1 underfoot.
     talk_.signal_activate().connect([this] { commitTalkLength(); });
@@ -318,7 +320,7 @@ void DeckInspector::commitTalkLength() {
     auto parsed = DeckInspectorModel::parseTalkLength(talk_.get_text().raw());
     std::optional<std::int64_t> minutes = parsed ? *parsed : editor_.deck().targetMinutes;
     if (parsed) {
-        editor_.edit("Change Talk Length", [&](Deck deck) {
+        editor_.edit(_("Change Talk Length"), [&](Deck deck) {
             deck.targetMinutes = minutes;
             return deck;
         });

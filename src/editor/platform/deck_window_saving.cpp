@@ -4,6 +4,9 @@
 
 #include <utility>
 
+#include <glib/gi18n.h>
+
+#include "base/translation.h"
 #include "editor/deck_edits.h"
 #include "editor/navigator_rules.h"
 #include "editor/platform/deck_window.h"
@@ -13,7 +16,7 @@ namespace lectern {
 namespace {
 
 std::string packageFileName(const Deck& deck) {
-    std::string name = deck.title && !deck.title->empty() ? *deck.title : "Untitled Deck";
+    std::string name = deck.title && !deck.title->empty() ? *deck.title : _("Untitled Deck");
     // A title may hold characters a file name cannot.
     for (char& c : name) {
         if (c == '/' || c == '\0') c = '-';
@@ -46,8 +49,8 @@ bool DeckWindow::saveNow() {
 }
 
 void DeckWindow::askWhereToSave(std::function<void(bool saved)> then) {
-    saveDialog_ = Gtk::FileChooserNative::create("Save Deck", *this, Gtk::FileChooser::Action::SAVE, "_Save",
-                                                 "_Cancel");
+    saveDialog_ = Gtk::FileChooserNative::create(_("Save Deck"), *this, Gtk::FileChooser::Action::SAVE, _("_Save"),
+                                                 _("_Cancel"));
     saveDialog_->set_modal(true);
     saveDialog_->set_current_name(package() ? package()->filename().string() : packageFileName(deck()));
     if (package()) saveDialog_->set_current_folder(Gio::File::create_for_path(package()->parent_path().string()));
@@ -87,11 +90,12 @@ void DeckWindow::confirmClose() {
         return;
     }
     std::string body = document_->isDraft()
-                           ? "This deck has never been saved. If you don’t save it, it will be lost."
-                           : "The deck couldn’t be saved. If you don’t save it now, your changes will be lost.";
-    closeDialog_ = messageDialog(*this, "Save changes to “" + windowTitle() + "”?", body);
+                           ? _("This deck has never been saved. If you don’t save it, it will be lost.")
+                           : _("The deck couldn’t be saved. If you don’t save it now, your changes will be lost.");
+    closeDialog_ = messageDialog(*this, formatText(_("Save changes to “%s”?"), windowTitle().c_str()), body);
     AdwMessageDialog* dialog = closeDialog_.get();
-    adw_message_dialog_add_responses(dialog, "discard", "_Discard", "cancel", "_Cancel", "save", "_Save", nullptr);
+    adw_message_dialog_add_responses(dialog, "discard", _("_Discard"), "cancel", _("_Cancel"), "save", _("_Save"),
+                                     nullptr);
     adw_message_dialog_set_response_appearance(dialog, "discard", ADW_RESPONSE_DESTRUCTIVE);
     adw_message_dialog_set_response_appearance(dialog, "save", ADW_RESPONSE_SUGGESTED);
     adw_message_dialog_set_default_response(dialog, "save");
@@ -126,9 +130,9 @@ void DeckWindow::refreshDeleteConfirmation() {
         adw_message_dialog_set_body(deleteDialog_.get(), deleteSlideMessage(editor_->currentSlide()).c_str());
         return;
     }
-    deleteDialog_ = messageDialog(*this, "Delete this slide?", deleteSlideMessage(editor_->currentSlide()));
+    deleteDialog_ = messageDialog(*this, _("Delete this slide?"), deleteSlideMessage(editor_->currentSlide()));
     AdwMessageDialog* dialog = deleteDialog_.get();
-    adw_message_dialog_add_responses(dialog, "cancel", "Cancel", "delete", "Delete Slide", nullptr);
+    adw_message_dialog_add_responses(dialog, "cancel", _("Cancel"), "delete", _("Delete Slide"), nullptr);
     adw_message_dialog_set_response_appearance(dialog, "delete", ADW_RESPONSE_DESTRUCTIVE);
     adw_message_dialog_set_default_response(dialog, "cancel");
     adw_message_dialog_set_close_response(dialog, "cancel");
@@ -145,7 +149,7 @@ void DeckWindow::refreshDeleteConfirmation() {
 void DeckWindow::deleteCurrentSlide() {
     auto index = static_cast<std::size_t>(state_->current());
     if (index >= deck().slides.size()) return;
-    editor_->edit("Delete Slide", [index](Deck deck) { return edits::deleteSlide(std::move(deck), index); });
+    editor_->edit(_("Delete Slide"), [index](Deck deck) { return edits::deleteSlide(std::move(deck), index); });
 }
 
 }  // namespace lectern

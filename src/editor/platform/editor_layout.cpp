@@ -1,5 +1,7 @@
 #include "editor/platform/editor_layout.h"
 
+#include <glib/gi18n.h>
+
 #include <algorithm>
 
 #include "base/platform/accessible.h"
@@ -52,14 +54,14 @@ EditorLayout::EditorLayout(DeckEditor& editor, PresentingStage& stage, SlideNavi
     });
     handle->add_controller(drag);
 
-    auto* notesTitle = Gtk::make_managed<Gtk::Label>("Presenter Notes");
+    auto* notesTitle = Gtk::make_managed<Gtk::Label>(_("Presenter Notes"));
     notesTitle->add_css_class("heading");
     notesTitle->set_xalign(0);
     notes_ = Gtk::make_managed<Gtk::TextView>();
     notes_->set_wrap_mode(Gtk::WrapMode::WORD_CHAR);
     notes_->add_css_class("notes-text");
     notes_->get_buffer()->set_enable_undo(false);  // undone through the document
-    setAccessibleLabel(*notes_, "Presenter Notes");
+    setAccessibleLabel(*notes_, _("Presenter Notes"));
     notes_->get_buffer()->signal_changed().connect([this] { notesTyped(); });
     auto* notesScroller = Gtk::make_managed<Gtk::ScrolledWindow>();
     notesScroller->set_policy(Gtk::PolicyType::NEVER, Gtk::PolicyType::AUTOMATIC);
@@ -129,7 +131,7 @@ void EditorLayout::notesTyped() {
     if (!id) return;
     std::string text = notes_->get_buffer()->get_text();
     // A burst of typing in one slide's notes is one undo step.
-    editor_.editCurrentSlide("Typing", [text](Slide& slide) { slide.notes = text; }, "notes:" + id->string());
+    editor_.editCurrentSlide(_("Typing"), [text](Slide& slide) { slide.notes = text; }, "notes:" + id->string());
 }
 
 }  // namespace lectern

@@ -1,5 +1,7 @@
 #include "editor/platform/format_bar.h"
 
+#include <glib/gi18n.h>
+
 #include <cmath>
 
 #include "base/platform/accessible.h"
@@ -40,7 +42,7 @@ void name(Gtk::Widget& widget, std::string_view label) {
 
 FormatBar::FormatBar(BodyEditor& editor) : Gtk::Box(Gtk::Orientation::HORIZONTAL, 6), editor_(editor) {
     add_css_class("format-bar");
-    setAccessibleLabel(*this, "Formatting");
+    setAccessibleLabel(*this, _("Formatting"));
     for (Group group : {Group::characterStyle, Group::alignment, Group::list, Group::block}) {
         groups_[group] = std::make_unique<Gtk::Box>(Gtk::Orientation::HORIZONTAL, 2);
         groups_[group]->add_css_class("linked");
@@ -53,7 +55,7 @@ FormatBar::FormatBar(BodyEditor& editor) : Gtk::Box(Gtk::Orientation::HORIZONTAL
     for (const auto& control : formatControls()) {
         if (control.id != Id::more) continue;
         more_.set_icon_name(std::string(control.iconName));
-        name(more_, control.label);
+        name(more_, _(control.label.data()));
     }
     more_.set_has_frame(false);
     auto* morePopover = Gtk::make_managed<Gtk::Popover>();
@@ -76,7 +78,7 @@ Gtk::Widget* FormatBar::makeControl(const FormatControl& control) {
     if (control.id == Id::textColor) {
         colour_.set_icon_name(std::string(control.iconName));
         colour_.set_has_frame(false);
-        name(colour_, control.label);
+        name(colour_, _(control.label.data()));
         keepFocusOffClick(colour_);
         return &colour_;
     }
@@ -90,7 +92,7 @@ Gtk::Widget* FormatBar::makeControl(const FormatControl& control) {
     }
     button->set_icon_name(std::string(control.iconName));
     button->set_has_frame(false);
-    name(*button, control.label);
+    name(*button, _(control.label.data()));
     keepFocusOffClick(*button);
     Id id = control.id;
     button->signal_clicked().connect([this, id] { editor_.apply(id); });
@@ -100,14 +102,14 @@ Gtk::Widget* FormatBar::makeControl(const FormatControl& control) {
 void FormatBar::buildColourMenu() {
     auto* box = Gtk::make_managed<Gtk::Box>(Gtk::Orientation::VERTICAL, 6);
     box->set_margin(6);
-    auto* automatic = Gtk::make_managed<Gtk::Button>("Automatic");
+    auto* automatic = Gtk::make_managed<Gtk::Button>(_("Automatic"));
     automatic->set_has_frame(false);
     automatic->set_focus_on_click(false);
     automatic->signal_clicked().connect([this] { pickColour(std::nullopt); });
     box->append(*automatic);
     box->append(deckSwatches_);
     box->append(appSwatches_);
-    auto* custom = Gtk::make_managed<Gtk::Button>("Custom\u2026");
+    auto* custom = Gtk::make_managed<Gtk::Button>(_("Custom\u2026"));
     custom->set_has_frame(false);
     custom->set_focus_on_click(false);
     custom->signal_clicked().connect([this] { chooseCustomColour(); });
@@ -149,8 +151,8 @@ void FormatBar::pickColour(std::optional<std::string> hex) {
 void FormatBar::chooseCustomColour() {
     if (auto* popover = colour_.get_popover()) popover->popdown();
     auto* window = dynamic_cast<Gtk::Window*>(get_root());
-    dialog_ = window ? std::make_unique<Gtk::ColorChooserDialog>("Text Color", *window)
-                     : std::make_unique<Gtk::ColorChooserDialog>("Text Color");
+    dialog_ = window ? std::make_unique<Gtk::ColorChooserDialog>(_("Text Color"), *window)
+                     : std::make_unique<Gtk::ColorChooserDialog>(_("Text Color"));
     dialog_->set_modal(true);
     dialog_->set_use_alpha(false);
     dialog_->signal_response().connect([this](int response) {

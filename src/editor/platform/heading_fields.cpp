@@ -1,5 +1,7 @@
 #include "editor/platform/heading_fields.h"
 
+#include <glib/gi18n.h>
+
 #include "base/platform/accessible.h"
 
 namespace lectern {
@@ -38,9 +40,9 @@ const char* mergeName(HeadingFields::Part part) {
 }  // namespace
 
 HeadingFields::HeadingFields(DeckEditor& editor) : editor_(editor) {
-    build(Part::eyebrow, "Eyebrow");
-    build(Part::title, "Title");
-    build(Part::subtitle, "Subtitle");
+    build(Part::eyebrow, _("Eyebrow"));
+    build(Part::title, _("Title"));
+    build(Part::subtitle, _("Subtitle"));
 }
 
 HeadingFields::~HeadingFields() { settling_.disconnect(); }
@@ -108,7 +110,7 @@ void HeadingFields::typed(Part part) {
     std::string typed = field(part).get_text();
     if (textOf(*slide, part) == typed) return;
     editor_.editCurrentSlide(
-        "Typing", [part, typed](Slide& changed) { textOf(changed, part) = typed; },
+        _("Typing"), [part, typed](Slide& changed) { textOf(changed, part) = typed; },
         mergeName(part) + slide->id.string());
 }
 

@@ -1,4 +1,6 @@
 #include "editor/platform/image_editing.h"
+
+#include <glib/gi18n.h>
 #include "editor/platform/stage_field.h"
 
 #include <gdk-pixbuf/gdk-pixbuf.h>
@@ -14,8 +16,8 @@ namespace lectern {
 
 namespace {
 
-constexpr const char* emptyHint = "Drop an image here or click to import";
-constexpr const char* replaceHint = "Double-click to replace";
+constexpr const char* emptyHint = N_("Drop an image here or click to import");
+constexpr const char* replaceHint = N_("Double-click to replace");
 
 bool isPng(const std::vector<std::uint8_t>& b) {
     static const std::uint8_t signature[] = {0x89, 0x50, 0x4E, 0x47, 0x0D, 0x0A, 0x1A, 0x0A};
@@ -74,9 +76,9 @@ ImageEditing::ImageEditing(DeckEditor& editor, Gtk::Overlay& overlay, StageView&
                                 static_cast<Gtk::Widget*>(&refusal_)}) {
         widget->get_style_context()->add_provider(style_, GTK_STYLE_PROVIDER_PRIORITY_APPLICATION);
     }
-    hint_.set_text(emptyHint);
+    hint_.set_text(_(emptyHint));
     hint_.add_css_class("image-drop-hint");
-    refusal_.set_text("Couldn’t read this image");
+    refusal_.set_text(_("Couldn’t read this image"));
     refusal_.add_css_class("image-drop-hint");
     refusal_.add_css_class("error");
     refusal_.set_visible(false);
@@ -91,7 +93,7 @@ ImageEditing::ImageEditing(DeckEditor& editor, Gtk::Overlay& overlay, StageView&
     content_.append(spinner_);
     content_.append(refusal_);
     area_.append(content_);
-    setAccessibleLabel(area_, "Image");
+    setAccessibleLabel(area_, _("Image"));
 
     auto click = Gtk::GestureClick::create();
     click->set_button(GDK_BUTTON_PRIMARY);
@@ -167,10 +169,10 @@ void ImageEditing::update(bool editing) {
     hint_.set_visible(!hasImage && !importing());
     spinner_.set_visible(importing());
     spinner_.set_spinning(importing());
-    area_.set_tooltip_text(hasImage ? replaceHint : "");
+    area_.set_tooltip_text(hasImage ? _(replaceHint) : "");
     area_.set_has_tooltip(hasImage);
     gtk_accessible_update_property(GTK_ACCESSIBLE(area_.gobj()), GTK_ACCESSIBLE_PROPERTY_DESCRIPTION,
-                                   hasImage ? replaceHint : emptyHint, -1);
+                                   hasImage ? _(replaceHint) : _(emptyHint), -1);
     // The hint sits under the placeholder's picture glyph (as large as the
     // painter draws it), not over it.
     const double scale = stage_.slideArea().width / 960;
@@ -183,11 +185,11 @@ void ImageEditing::update(bool editing) {
 void ImageEditing::chooseFile() {
     auto* window = dynamic_cast<Gtk::Window*>(overlay_.get_root());
     if (chooser_ || !window) return;
-    chooser_ = Gtk::FileChooserNative::create("Import Image", *window, Gtk::FileChooser::Action::OPEN, "_Import",
-                                              "_Cancel");
+    chooser_ = Gtk::FileChooserNative::create(_("Import Image"), *window, Gtk::FileChooser::Action::OPEN, _("_Import"),
+                                              _("_Cancel"));
     chooser_->set_modal(true);
     auto filter = Gtk::FileFilter::create();
-    filter->set_name("PNG and JPEG images");
+    filter->set_name(_("PNG and JPEG images"));
     filter->add_mime_type("image/png");
     filter->add_mime_type("image/jpeg");
     for (const char* suffix : {"png", "jpg", "jpeg"}) filter->add_suffix(suffix);
@@ -241,7 +243,7 @@ void ImageEditing::imported(const Uuid& slideId, std::optional<SharedBytes> byte
         refusedSlide_ = slideId;
     } else {
         editor_.edit(
-            "Set Image",
+            _("Set Image"),
             [&](Deck deck) {
                 return edits::updateSlide(std::move(deck), slideId, [&](Slide& slide) {
                     if (slide.layout == SlideLayout::image) slide.setImage(*bytes, name);

@@ -1,5 +1,7 @@
 #include "editor/platform/inspector_column.h"
 
+#include <glib/gi18n.h>
+
 #include "base/platform/accessible.h"
 
 namespace lectern {
@@ -24,13 +26,13 @@ InspectorColumn::InspectorColumn() : Gtk::Box(Gtk::Orientation::VERTICAL) {
     add_css_class("inspector");
     stack_.set_transition_type(Gtk::StackTransitionType::CROSSFADE);
     stack_.set_transition_duration(200);
-    stack_.add(*scrolling(slidePage_), "slide", "Slide");
-    stack_.add(*scrolling(deckPage_), "deck", "Deck");
+    stack_.add(*scrolling(slidePage_), "slide", _("Slide"));
+    stack_.add(*scrolling(deckPage_), "deck", _("Deck"));
     switcher_.set_stack(stack_);
     switcher_.set_halign(Gtk::Align::CENTER);
     switcher_.set_margin_top(8);
     switcher_.set_margin_bottom(4);
-    setAccessibleLabel(switcher_, "Inspector");
+    setAccessibleLabel(switcher_, _("Inspector"));
     append(switcher_);
     append(stack_);
     stack_.property_visible_child_name().signal_changed().connect([this] {

@@ -1,5 +1,7 @@
 #include "editor/platform/layout_picker.h"
 
+#include <glib/gi18n.h>
+
 #include "base/platform/accessible.h"
 #include "editor/navigator_rules.h"
 #include "slides/platform/slide_thumbnail.h"
@@ -58,7 +60,7 @@ Gtk::ToggleButton* choiceButton(bool selected, std::function<void()> choose) {
 LayoutPicker::LayoutPicker(std::function<void(const LayoutChange&)> chosen)
     : Gtk::Box(Gtk::Orientation::VERTICAL, 2), chosen_(std::move(chosen)) {
     add_css_class("layout-picker");
-    setAccessibleLabel(*this, "Layout");
+    setAccessibleLabel(*this, _("Layout"));
 }
 
 void LayoutPicker::show(const Slide& slide, const SlidePaintOptions& look) {
@@ -123,8 +125,8 @@ Gtk::Widget* LayoutPicker::layoutRow(const LayoutPickerRow& row, const SlidePain
         chevron->set_icon_name(row.isExpanded ? "pan-down-symbolic" : "pan-end-symbolic");
         chevron->set_has_frame(false);
         chevron->set_valign(Gtk::Align::CENTER);
-        setAccessibleLabel(*chevron, (row.isExpanded ? "Hide positions of " : "Show positions of ") + choice.name);
-        chevron->set_tooltip_text(row.isExpanded ? "Hide positions" : "Show positions");
+        setAccessibleLabel(*chevron, (row.isExpanded ? _("Hide positions of ") : _("Show positions of ")) + choice.name);
+        chevron->set_tooltip_text(row.isExpanded ? _("Hide positions") : _("Show positions"));
         SlideLayout layout = row.layout;
         chevron->signal_clicked().connect([this, layout] {
             state_.toggle(layout);
@@ -147,7 +149,7 @@ Gtk::Widget* LayoutPicker::positionRow(const std::vector<LayoutPickerRow>& optio
     line->set_margin_start(layoutPictureWidth / 2);
     line->set_margin_bottom(4);
     line->set_homogeneous(true);
-    if (!options.empty()) setAccessibleLabel(*line, "Positions of " + choiceOf(options.front().layout).name);
+    if (!options.empty()) setAccessibleLabel(*line, _("Positions of ") + choiceOf(options.front().layout).name);
     for (const auto& option : options) {
         LayoutChange change = option.action;
         auto* button = choiceButton(option.isSelected, [this, change] { chosen_(change); });

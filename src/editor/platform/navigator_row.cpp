@@ -1,4 +1,6 @@
 #include "editor/platform/navigator_row.h"
+
+#include <glib/gi18n.h>
 #include "base/platform/accessible.h"
 
 #include <algorithm>
@@ -54,7 +56,7 @@ NavigatorRow::NavigatorRow(std::function<void(const Uuid&, const std::string&)> 
     entry_.set_valign(Gtk::Align::START);
     entry_.set_width_chars(6);
     entry_.set_visible(false);
-    setAccessibleLabel(entry_, "Slide title");
+    setAccessibleLabel(entry_, _("Slide title"));
     entry_.signal_activate().connect([this] { finishRename(true); });
     auto keys = Gtk::EventControllerKey::create();
     keys->signal_key_pressed().connect(
@@ -74,8 +76,8 @@ NavigatorRow::NavigatorRow(std::function<void(const Uuid&, const std::string&)> 
 
     skipped_.set_from_icon_name("view-conceal-symbolic");
     skipped_.add_css_class("navigator-skipped");
-    skipped_.set_tooltip_text("Skipped in presentation");
-    setAccessibleLabel(skipped_, "Skipped in presentation");
+    skipped_.set_tooltip_text(_("Skipped in presentation"));
+    setAccessibleLabel(skipped_, _("Skipped in presentation"));
     skipped_.set_valign(Gtk::Align::START);
     skipped_.set_visible(false);
     line_.append(skipped_);
@@ -109,7 +111,7 @@ void NavigatorRow::show(const Deck& deck, std::size_t index, const SlidePaintOpt
     sectionTitle_.set_visible(slide.isSection);
     if (slide.isSection) {
         std::string section = slide.sectionTitle.value_or("");
-        sectionTitle_.set_text(section.empty() ? "Untitled section" : section);
+        sectionTitle_.set_text(section.empty() ? _("Untitled section") : section);
     }
     bool member = !slide.isSection && slide.sectionId;
     line_.set_margin_start(member ? memberIndent : 0);

@@ -1,4 +1,6 @@
 #include "editor/platform/new_slide_picker.h"
+
+#include <glib/gi18n.h>
 #include "base/platform/accessible.h"
 
 #include "editor/navigator_rules.h"
@@ -23,7 +25,7 @@ Slide sampleSlide(const LayoutChoice& choice) {
 NewSlidePicker::NewSlidePicker(std::function<void(SlideLayout)> chosen) : chosen_(std::move(chosen)) {
     add_css_class("new-slide-picker");
     auto* box = Gtk::make_managed<Gtk::Box>(Gtk::Orientation::VERTICAL, 6);
-    auto* heading = Gtk::make_managed<Gtk::Label>("Choose layout for new slide");
+    auto* heading = Gtk::make_managed<Gtk::Label>(_("Choose layout for new slide"));
     heading->add_css_class("heading");
     heading->set_xalign(0);
     heading->set_margin_start(6);
@@ -32,7 +34,7 @@ NewSlidePicker::NewSlidePicker(std::function<void(SlideLayout)> chosen) : chosen
 
     layouts_.set_selection_mode(Gtk::SelectionMode::NONE);
     layouts_.add_css_class("navigation-sidebar");
-    setAccessibleLabel(layouts_, "Choose layout for new slide");
+    setAccessibleLabel(layouts_, _("Choose layout for new slide"));
     for (const auto& choice : layoutChoices()) {
         auto* picture = Gtk::make_managed<SlideThumbnail>(pictureWidth);
         picture->set_valign(Gtk::Align::CENTER);

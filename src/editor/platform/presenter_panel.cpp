@@ -1,5 +1,7 @@
 #include "editor/platform/presenter_panel.h"
 
+#include <glib/gi18n.h>
+
 #include <adwaita.h>
 
 #include "editor/platform/deck_window.h"
@@ -37,7 +39,7 @@ Gtk::Box* slideColumn(const char* title, SlideThumbnail& thumbnail, Gtk::Label& 
     return column;
 }
 
-std::string slideTitle(const Slide& slide) { return slide.title.empty() ? "Untitled slide" : slide.title; }
+std::string slideTitle(const Slide& slide) { return slide.title.empty() ? _("Untitled slide") : slide.title; }
 
 }  // namespace
 
@@ -45,14 +47,14 @@ PresenterPanel::PresenterPanel(DeckWindow& deckWindow)
     : deckWindow_(deckWindow),
       state_(deckWindow.state()),
       timer_(deckWindow.state(), [this] { return deckWindow_.deck().targetMinutes; }) {
-    set_title("Presenter Display");
+    set_title(_("Presenter Display"));
     set_default_size(width, height);
     set_transient_for(deckWindow);
     set_destroy_with_parent(true);
     add_css_class("presenter-panel");
 
     GtkWidget* header = adw_header_bar_new();
-    GtkWidget* title = adw_window_title_new("Presenter Display", deckWindow.get_title().c_str());
+    GtkWidget* title = adw_window_title_new(_("Presenter Display"), deckWindow.get_title().c_str());
     adw_header_bar_set_title_widget(ADW_HEADER_BAR(header), title);
     gtk_window_set_titlebar(gobj(), header);
 
@@ -63,15 +65,15 @@ PresenterPanel::PresenterPanel(DeckWindow& deckWindow)
         b->set_tooltip_text(tooltip);
         return b;
     };
-    auto* previous = button("go-previous-symbolic", "Previous Slide");
+    auto* previous = button("go-previous-symbolic", _("Previous Slide"));
     previous->signal_clicked().connect([this] { state_.previous(deckWindow_.deck().slides); });
-    auto* next = button("go-next-symbolic", "Next Slide");
+    auto* next = button("go-next-symbolic", _("Next Slide"));
     next->signal_clicked().connect([this] { state_.next(deckWindow_.deck().slides); });
     auto* navigation = Gtk::make_managed<Gtk::Box>(Gtk::Orientation::HORIZONTAL);
     navigation->add_css_class("linked");
     navigation->append(*previous);
     navigation->append(*next);
-    auto* overview = button("view-grid-symbolic", "Overview Grid");
+    auto* overview = button("view-grid-symbolic", _("Overview Grid"));
     overview->signal_clicked().connect([this] { state_.toggleOverview(); });
     timer_.add_css_class("large");
     timer_.set_hexpand(true);
@@ -87,8 +89,8 @@ PresenterPanel::PresenterPanel(DeckWindow& deckWindow)
     slides->set_homogeneous(true);
     counter_.add_css_class("caption");
     counter_.add_css_class("dim-label");
-    slides->append(*slideColumn("Current", current_, currentCaption_, &counter_));
-    slides->append(*slideColumn("Next", next_, nextCaption_, nullptr));
+    slides->append(*slideColumn(_("Current"), current_, currentCaption_, &counter_));
+    slides->append(*slideColumn(_("Next"), next_, nextCaption_, nullptr));
 
     notes_.set_wrap(true);
     notes_.set_xalign(0);
@@ -104,7 +106,7 @@ PresenterPanel::PresenterPanel(DeckWindow& deckWindow)
 
     actions_.add_css_class("boxed-list");
     actions_.set_selection_mode(Gtk::SelectionMode::NONE);
-    actionsSection_.append(*sectionTitle("Actions"));
+    actionsSection_.append(*sectionTitle(_("Actions")));
     actionsSection_.append(actions_);
 
     auto* content = Gtk::make_managed<Gtk::Box>(Gtk::Orientation::VERTICAL, 12);
@@ -113,7 +115,7 @@ PresenterPanel::PresenterPanel(DeckWindow& deckWindow)
     content->append(*slides);
     auto* notesSection = Gtk::make_managed<Gtk::Box>(Gtk::Orientation::VERTICAL, 6);
     notesSection->set_vexpand(true);
-    notesSection->append(*sectionTitle("Notes"));
+    notesSection->append(*sectionTitle(_("Notes")));
     notesSection->append(*notesScroller);
     content->append(*notesSection);
     content->append(actionsSection_);
@@ -178,16 +180,16 @@ void PresenterPanel::refresh() {
     auto count = static_cast<std::int64_t>(deck.slides.size());
 
     current_.setSlide(slide, options);
-    currentCaption_.set_text(slide ? slideTitle(*slide) : "No slide selected");
+    currentCaption_.set_text(slide ? slideTitle(*slide) : _("No slide selected"));
     counter_.set_text(count == 0 ? "" : std::to_string(state_.current() + 1) + " / " + std::to_string(count));
 
     auto upcoming = upcomingSlide(deck.slides, state_.current(), state_.editorOpen());
     const Slide* nextSlide = upcoming ? &deck.slides[static_cast<std::size_t>(*upcoming)] : nullptr;
     next_.setSlide(nextSlide, options);
-    nextCaption_.set_text(nextSlide ? slideTitle(*nextSlide) : "End of Deck");
+    nextCaption_.set_text(nextSlide ? slideTitle(*nextSlide) : _("End of Deck"));
 
     bool noNotes = !slide || slide->notes.empty();
-    notes_.set_text(noNotes ? "No presenter notes for this slide." : slide->notes);
+    notes_.set_text(noNotes ? _("No presenter notes for this slide.") : slide->notes);
     if (noNotes) notes_.add_css_class("dim-label"); else notes_.remove_css_class("dim-label");
 
     while (auto* row = actions_.get_row_at_index(0)) actions_.remove(*row);
@@ -209,7 +211,7 @@ void PresenterPanel::refresh() {
             auto* spinner = Gtk::make_managed<Gtk::Spinner>();
             auto* run = Gtk::make_managed<Gtk::Button>();
             run->set_icon_name("media-playback-start-symbolic");
-            run->set_tooltip_text("Run");
+            run->set_tooltip_text(_("Run"));
             run->set_valign(Gtk::Align::CENTER);
             run->add_css_class("flat");
             run->add_css_class("circular");
@@ -252,8 +254,8 @@ void PresenterPanel::refreshRunStates() {
         row.spinner->set_visible(runState.kind == Kind::running);
         row.spinner->set_spinning(runState.kind == Kind::running);
         switch (runState.kind) {
-        case Kind::idle: row.outcome->set_text("Not run yet"); break;
-        case Kind::running: row.outcome->set_text("Running…"); break;
+        case Kind::idle: row.outcome->set_text(_("Not run yet")); break;
+        case Kind::running: row.outcome->set_text(_("Running…")); break;
         case Kind::success:
         case Kind::failure: row.outcome->set_text(runState.text); break;
         }

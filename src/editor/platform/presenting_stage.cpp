@@ -1,5 +1,7 @@
 #include "editor/platform/presenting_stage.h"
 
+#include <glib/gi18n.h>
+
 #include <algorithm>
 #include <cmath>
 
@@ -33,7 +35,7 @@ PresentingStage::PresentingStage(DeckEditor& editor, Scheduler& scheduler, Worke
                                           state_.liveWebViews());
     webZoomConnection_ = webCard_->zoomRequested().connect([this](double zoom) { setCurrentWebZoom(zoom); });
     webAddressConnection_ = webCard_->addressCommitted().connect([this](std::optional<std::string> url) {
-        editor_.editCurrentSlide("Set Web Address", [&url](Slide& slide) { slide.url = url; });
+        editor_.editCurrentSlide(_("Set Web Address"), [&url](Slide& slide) { slide.url = url; });
     });
     webCardStyle_ = Gtk::CssProvider::create();
     webCard_->get_style_context()->add_provider(webCardStyle_, GTK_STYLE_PROVIDER_PRIORITY_APPLICATION);
@@ -167,7 +169,7 @@ void PresentingStage::placeWebCard(Gdk::Rectangle& allocation) {
 void PresentingStage::setCurrentWebZoom(double zoom) {
     const Slide* slide = editor_.currentSlide();
     if (!slide || slide->layout != SlideLayout::web || slide->webZoom == zoom) return;
-    editor_.editCurrentSlide("Change Page Zoom", [zoom](Slide& changed) { changed.webZoom = zoom; });
+    editor_.editCurrentSlide(_("Change Page Zoom"), [zoom](Slide& changed) { changed.webZoom = zoom; });
 }
 
 }  // namespace lectern

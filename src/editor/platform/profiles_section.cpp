@@ -1,5 +1,7 @@
 #include "editor/platform/profiles_section.h"
 
+#include <glib/gi18n.h>
+
 #include <algorithm>
 #include <string_view>
 #include <utility>
@@ -27,15 +29,15 @@ Gtk::Button* iconButton(const char* icon, const std::string& label) {
 ProfilesSection::ProfilesSection(DeckEditor& editor, ProfileStores& stores, Uuid windowId)
     : Gtk::Box(Gtk::Orientation::VERTICAL, 6), editor_(editor), stores_(stores), windowId_(windowId) {
     auto* header = Gtk::make_managed<Gtk::Box>(Gtk::Orientation::HORIZONTAL, 6);
-    auto* heading = Gtk::make_managed<Gtk::Label>("Browser Profiles");
+    auto* heading = Gtk::make_managed<Gtk::Label>(_("Browser Profiles"));
     heading->add_css_class("heading");
     heading->set_xalign(0);
     heading->set_hexpand(true);
     header->append(*heading);
-    auto* add = iconButton("list-add-symbolic", "Add Profile");
+    auto* add = iconButton("list-add-symbolic", _("Add Profile"));
     add->signal_clicked().connect([this] {
         std::optional<Uuid> added;
-        editor_.edit("Add Profile", [&](Deck deck) {
+        editor_.edit(_("Add Profile"), [&](Deck deck) {
             added = BrowserProfileEdits::add(deck);
             return deck;
         });
@@ -47,8 +49,8 @@ ProfilesSection::ProfilesSection(DeckEditor& editor, ProfileStores& stores, Uuid
     append(*header);
 
     auto* about = Gtk::make_managed<Gtk::Label>(
-        "Each profile keeps its own sign-ins, cookies and site data, so slides can show the same site as "
-        "different people.");
+        _("Each profile keeps its own sign-ins, cookies and site data, so slides can show the same site as "
+          "different people."));
     about->set_wrap(true);
     about->set_xalign(0);
     about->add_css_class("dim-label");
@@ -57,16 +59,16 @@ ProfilesSection::ProfilesSection(DeckEditor& editor, ProfileStores& stores, Uuid
 
     list_.add_css_class("boxed-list");
     list_.set_selection_mode(Gtk::SelectionMode::SINGLE);
-    setAccessibleLabel(list_, "Browser profiles");
-    auto* none = Gtk::make_managed<Gtk::Label>("No profiles yet: every web slide uses the shared session.");
+    setAccessibleLabel(list_, _("Browser profiles"));
+    auto* none = Gtk::make_managed<Gtk::Label>(_("No profiles yet: every web slide uses the shared session."));
     none->set_wrap(true);
     none->set_margin(12);
     none->add_css_class("dim-label");
     list_.set_placeholder(*none);
     append(list_);
 
-    auto* clearShared = Gtk::make_managed<Gtk::Button>("Clear Shared Web Session");
-    clearShared->set_tooltip_text("Signs out of every site that slides without a profile show, in every deck.");
+    auto* clearShared = Gtk::make_managed<Gtk::Button>(_("Clear Shared Web Session"));
+    clearShared->set_tooltip_text(_("Signs out of every site that slides without a profile show, in every deck."));
     clearShared->set_halign(Gtk::Align::START);
     clearShared->signal_clicked().connect([this] { activate_action("win.clear-shared-web-session"); });
     append(*clearShared);
@@ -123,7 +125,7 @@ ProfilesSection::Row& ProfilesSection::makeRow(const BrowserProfile& profile) {
     rows_.push_back(std::move(owned));
     row.id = profile.id;
     row.row = Gtk::make_managed<Gtk::ListBoxRow>();
-    row.row->set_tooltip_text(BrowserProfileEdits::rowHelp);
+    row.row->set_tooltip_text(_(BrowserProfileEdits::rowHelp));
 
     auto* box = Gtk::make_managed<Gtk::Box>(Gtk::Orientation::HORIZONTAL, 4);
     box->set_margin_start(10);
@@ -136,22 +138,22 @@ ProfilesSection::Row& ProfilesSection::makeRow(const BrowserProfile& profile) {
     row.name->set_xalign(0);
     row.name->set_ellipsize(Pango::EllipsizeMode::END);
     row.entry = Gtk::make_managed<Gtk::Entry>();
-    setAccessibleLabel(*row.entry, "Profile name");
+    setAccessibleLabel(*row.entry, _("Profile name"));
     row.stack->add(*row.name, "name");
     row.stack->add(*row.entry, "entry");
     box->append(*row.stack);
 
-    row.cleared = Gtk::make_managed<Gtk::Label>("Signed out");
+    row.cleared = Gtk::make_managed<Gtk::Label>(_("Signed out"));
     row.cleared->add_css_class("success");
     row.cleared->add_css_class("caption");
     row.cleared->set_visible(false);
     box->append(*row.cleared);
 
     Uuid id = profile.id;
-    auto* clear = iconButton("system-log-out-symbolic", "Clear session (log out)");
+    auto* clear = iconButton("system-log-out-symbolic", _("Clear session (log out)"));
     clear->signal_clicked().connect([this, id] { stores_.clearProfileSession(id); });
     box->append(*clear);
-    auto* remove = iconButton("user-trash-symbolic", "Delete Profile…");
+    auto* remove = iconButton("user-trash-symbolic", _("Delete Profile…"));
     remove->signal_clicked().connect([this, id] { askToDelete(id); });
     box->append(*remove);
     row.row->set_child(*box);
@@ -212,7 +214,7 @@ void ProfilesSection::finishRename(Row& row, bool commit) {
     row.row->grab_focus();  // the keyboard stays on the row, not the hidden entry
     Uuid id = row.id;
     if (commit) {
-        editor_.edit("Rename Profile", [&](Deck deck) {
+        editor_.edit(_("Rename Profile"), [&](Deck deck) {
             BrowserProfileEdits::rename(deck, id, name);
             return deck;
         });
@@ -226,8 +228,8 @@ void ProfilesSection::askToDelete(const Uuid& id) {
     std::string title = BrowserProfileEdits::deletionTitle(*profile);
     auto* window = dynamic_cast<Gtk::Window*>(get_root());
     auto* dialog = ADW_MESSAGE_DIALOG(adw_message_dialog_new(window ? window->gobj() : nullptr, title.c_str(),
-                                                             BrowserProfileEdits::deletionMessage));
-    adw_message_dialog_add_responses(dialog, "cancel", "Cancel", "delete", "Delete", nullptr);
+                                                             _(BrowserProfileEdits::deletionMessage)));
+    adw_message_dialog_add_responses(dialog, "cancel", _("Cancel"), "delete", _("Delete"), nullptr);
     adw_message_dialog_set_response_appearance(dialog, "delete", ADW_RESPONSE_DESTRUCTIVE);
     adw_message_dialog_set_default_response(dialog, "cancel");
     adw_message_dialog_set_close_response(dialog, "cancel");
@@ -239,7 +241,7 @@ void ProfilesSection::askToDelete(const Uuid& id) {
         // The deck lets go first (its slides fall back to the shared
         // session); then the store goes, unless another deck still uses it.
         Uuid id = profile->id;
-        bool removed = editor_.edit("Delete Profile", [&](Deck deck) {
+        bool removed = editor_.edit(_("Delete Profile"), [&](Deck deck) {
             BrowserProfileEdits::remove(deck, id);
             return deck;
         });

@@ -1,5 +1,7 @@
 #include "editor/platform/slide_inspector.h"
 
+#include <glib/gi18n.h>
+
 #include <algorithm>
 #include <cmath>
 
@@ -15,9 +17,9 @@ namespace lectern {
 namespace {
 
 constexpr int swatchSize = 20;
-constexpr const char* nextHeading = "Where \u201cNext\u201d goes from this slide";
-constexpr const char* revealAllText = "Everything visible immediately";
-constexpr const char* revealStepsText = "Reveal content step by step";
+constexpr const char* nextHeading = N_("Where \u201cNext\u201d goes from this slide");
+constexpr const char* revealAllText = N_("Everything visible immediately");
+constexpr const char* revealStepsText = N_("Reveal content step by step");
 
 std::vector<std::string> titlesOf(const auto& choices) {
     std::vector<std::string> titles;
@@ -54,10 +56,10 @@ SlideInspector::SlideInspector(DeckEditor& editor)
 
     layout_ = Gtk::make_managed<LayoutPicker>([this](const LayoutChange& change) {
         bool moved = editor_.currentSlide() && editor_.currentSlide()->layout == change.layout;
-        editor_.editCurrentSlide(moved ? "Change Position" : "Change Layout",
+        editor_.editCurrentSlide(moved ? _("Change Position") : _("Change Layout"),
                                  [change](Slide& slide) { applyLayoutChange(slide, change); });
     });
-    section("Layout").append(*layout_);
+    section(_("Layout")).append(*layout_);
     buildReveal();
     buildNext();
     buildAccent();
@@ -88,40 +90,40 @@ Gtk::Box& SlideInspector::section(const std::string& title) {
 }
 
 void SlideInspector::buildReveal() {
-    Gtk::Box& box = section("Reveal");
-    revealAll_.set_label(revealAllText);
-    revealSteps_.set_label(revealStepsText);
+    Gtk::Box& box = section(_("Reveal"));
+    revealAll_.set_label(_(revealAllText));
+    revealSteps_.set_label(_(revealStepsText));
     revealSteps_.set_group(revealAll_);
     for (auto [button, mode] : {std::pair{&revealAll_, RevealMode::all}, std::pair{&revealSteps_, RevealMode::reveal}}) {
         setAccessibleLabel(*button, button->get_label());
         button->signal_toggled().connect([this, button, mode] {
             if (syncing_ || !button->get_active()) return;
             // The plan stays when switching to "all", for switching back.
-            editor_.editCurrentSlide("Change Reveal", [mode](Slide& slide) { slide.reveal = mode; });
+            editor_.editCurrentSlide(_("Change Reveal"), [mode](Slide& slide) { slide.reveal = mode; });
         });
         box.append(*button);
     }
 }
 
 void SlideInspector::buildNext() {
-    Gtk::Box& box = section(nextHeading);
-    setAccessibleLabel(next_, nextHeading);
+    Gtk::Box& box = section(_(nextHeading));
+    setAccessibleLabel(next_, _(nextHeading));
     next_.set_factory(oneLineEntries());
     next_.property_selected().signal_changed().connect([this] {
         if (syncing_) return;
         auto index = next_.get_selected();
         if (index >= nextChoices_.size()) return;
         auto value = nextChoices_[index].value;
-        editor_.editCurrentSlide("Route Next", [value](Slide& slide) { slide.nextSlideAction = value; });
+        editor_.editCurrentSlide(_("Route Next"), [value](Slide& slide) { slide.nextSlideAction = value; });
     });
     box.append(next_);
 }
 
 void SlideInspector::buildAccent() {
-    accentSection_ = &section("Accent colour");
-    deckAccent_.set_label("Deck accent");
-    setAccessibleLabel(deckAccent_, "Deck accent");
-    deckAccent_.set_tooltip_text("Use the deck's accent colour");
+    accentSection_ = &section(_("Accent colour"));
+    deckAccent_.set_label(_("Deck accent"));
+    setAccessibleLabel(deckAccent_, _("Deck accent"));
+    deckAccent_.set_tooltip_text(_("Use the deck's accent colour"));
     deckAccent_.signal_toggled().connect([this] {
         if (syncing_) return;
         bool wanted = !accentShown_;
@@ -132,22 +134,22 @@ void SlideInspector::buildAccent() {
         }
         setAccent(std::nullopt);
     });
-    auto* custom = Gtk::make_managed<Gtk::Button>("Custom\u2026");
-    setAccessibleLabel(*custom, "Custom accent colour");
+    auto* custom = Gtk::make_managed<Gtk::Button>(_("Custom\u2026"));
+    setAccessibleLabel(*custom, _("Custom accent colour"));
     custom->signal_clicked().connect([this] { chooseCustomAccent(); });
     auto* line = Gtk::make_managed<Gtk::Box>(Gtk::Orientation::HORIZONTAL, 6);
     line->append(deckAccent_);
     line->append(*custom);
     accentSection_->append(*line);
-    setAccessibleLabel(deckSwatches_, "Deck palette");
-    setAccessibleLabel(appSwatches_, "Accent palette");
+    setAccessibleLabel(deckSwatches_, _("Deck palette"));
+    setAccessibleLabel(appSwatches_, _("Accent palette"));
     accentSection_->append(deckSwatches_);
     accentSection_->append(appSwatches_);
 }
 
 void SlideInspector::buildProfile() {
-    profileSection_ = &section("Browser profile");
-    setAccessibleLabel(profile_, "Browser profile");
+    profileSection_ = &section(_("Browser profile"));
+    setAccessibleLabel(profile_, _("Browser profile"));
     profile_.set_hexpand(true);
     profile_.set_factory(oneLineEntries());
     profile_.property_selected().signal_changed().connect([this] {
@@ -155,17 +157,17 @@ void SlideInspector::buildProfile() {
         auto index = profile_.get_selected();
         if (index >= profileChoices_.size()) return;
         auto value = profileChoices_[index].value;
-        editor_.editCurrentSlide("Choose Profile", [value](Slide& slide) { slide.browserProfileId = value; });
+        editor_.editCurrentSlide(_("Choose Profile"), [value](Slide& slide) { slide.browserProfileId = value; });
     });
     auto* add = Gtk::make_managed<Gtk::Button>();
     add->set_icon_name("list-add-symbolic");
-    add->set_tooltip_text("Add profile");
-    setAccessibleLabel(*add, "Add profile");
+    add->set_tooltip_text(_("Add profile"));
+    setAccessibleLabel(*add, _("Add profile"));
     add->signal_clicked().connect([this] {
         auto slide = editor_.currentSlideId();
         if (!slide) return;
         // A new profile of the deck, used by this slide at once: one step.
-        editor_.edit("Add Profile", [slide](Deck deck) {
+        editor_.edit(_("Add Profile"), [slide](Deck deck) {
             Uuid profile = BrowserProfileEdits::add(deck);
             return edits::updateSlide(std::move(deck), *slide, [profile](Slide& s) { s.browserProfileId = profile; });
         });
@@ -177,16 +179,16 @@ void SlideInspector::buildProfile() {
 }
 
 void SlideInspector::buildToggles() {
-    Gtk::Box& box = section("Presenting");
+    Gtk::Box& box = section(_("Presenting"));
     struct Toggle {
         Gtk::CheckButton* button;
         const char* label;
         void (*set)(Slide&, bool);
     };
     const Toggle toggles[] = {
-        {&subtitles_, "Show Link Subtitles", [](Slide& s, bool on) { s.showLinkSubtitles = on; }},
-        {&fill_, "Fill Image", [](Slide& s, bool on) { s.imageFill = on; }},
-        {&skip_, "Skip in Presentation", [](Slide& s, bool on) { s.isSkipped = on; }},
+        {&subtitles_, _("Show Link Subtitles"), [](Slide& s, bool on) { s.showLinkSubtitles = on; }},
+        {&fill_, _("Fill Image"), [](Slide& s, bool on) { s.imageFill = on; }},
+        {&skip_, _("Skip in Presentation"), [](Slide& s, bool on) { s.isSkipped = on; }},
     };
     for (const Toggle& toggle : toggles) {
         Gtk::CheckButton* button = toggle.button;
@@ -198,7 +200,7 @@ void SlideInspector::buildToggles() {
         });
         box.append(*button);
     }
-    fill_.set_tooltip_text("Fill the area and crop the image, rather than fit it inside");
+    fill_.set_tooltip_text(_("Fill the area and crop the image, rather than fit it inside"));
 }
 
 void SlideInspector::setToggle(Gtk::CheckButton& button, bool active) {
@@ -295,7 +297,7 @@ void SlideInspector::fillSwatches(Gtk::Box& row, const std::vector<std::string>&
         button->set_child(*swatch);
         button->set_has_frame(false);
         button->set_tooltip_text(hex);
-        setAccessibleLabel(*button, "Accent " + hex);
+        setAccessibleLabel(*button, _("Accent ") + hex);
         button->signal_toggled().connect([this, button, hex] {
             if (syncing_) return;
             bool wanted = accentShown_ == hex;
@@ -313,13 +315,13 @@ void SlideInspector::fillSwatches(Gtk::Box& row, const std::vector<std::string>&
 }
 
 void SlideInspector::setAccent(std::optional<std::string> hex) {
-    editor_.editCurrentSlide("Change Accent", [hex](Slide& slide) { slide.accentHex = hex; });
+    editor_.editCurrentSlide(_("Change Accent"), [hex](Slide& slide) { slide.accentHex = hex; });
 }
 
 void SlideInspector::chooseCustomAccent() {
     auto* window = dynamic_cast<Gtk::Window*>(get_root());
-    dialog_ = window ? std::make_unique<Gtk::ColorChooserDialog>("Slide Accent", *window)
-                     : std::make_unique<Gtk::ColorChooserDialog>("Slide Accent");
+    dialog_ = window ? std::make_unique<Gtk::ColorChooserDialog>(_("Slide Accent"), *window)
+                     : std::make_unique<Gtk::ColorChooserDialog>(_("Slide Accent"));
     dialog_->set_modal(true);
     dialog_->set_use_alpha(false);
     const Slide* slide = editor_.currentSlide();

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <glib/gi18n.h>
+
 #include <gtkmm.h>
 
 #include <memory>
@@ -62,9 +64,9 @@ private:
     std::optional<AccentSwatches> swatches_;
     std::optional<std::string> accentShown_;
     std::unique_ptr<Gtk::ColorChooserDialog> dialog_;
-    Gtk::CheckButton subtitles_{"Show link subtitles"};
-    Gtk::CheckButton fill_{"Fill"};
-    Gtk::CheckButton skip_{"Skip in presentation"};
+    Gtk::CheckButton subtitles_{_("Show link subtitles")};
+    Gtk::CheckButton fill_{_("Fill")};
+    Gtk::CheckButton skip_{_("Skip in presentation")};
     Gtk::Box* profileSection_ = nullptr;
     Gtk::DropDown profile_;
     std::vector<ProfileChoice> profileChoices_;

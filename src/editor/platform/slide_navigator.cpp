@@ -1,4 +1,6 @@
 #include "editor/platform/slide_navigator.h"
+
+#include <glib/gi18n.h>
 #include "base/platform/accessible.h"
 
 #include "editor/deck_edits.h"
@@ -59,12 +61,12 @@ SlideNavigator::SlideNavigator(DeckEditor& editor, std::function<SlidePaintOptio
     auto headerClick = Gtk::GestureClick::create();
     headerClick->signal_released().connect([this](int, double, double) { deckHeaderClicked_.emit(); });
     title_.add_controller(headerClick);
-    title_.set_tooltip_text("Deck settings");
+    title_.set_tooltip_text(_("Deck settings"));
     addButton_.set_icon_name("list-add-symbolic");
-    addButton_.set_tooltip_text("New slide");
+    addButton_.set_tooltip_text(_("New slide"));
     addButton_.set_has_frame(false);
     addButton_.set_valign(Gtk::Align::CENTER);
-    setAccessibleLabel(addButton_, "New slide");
+    setAccessibleLabel(addButton_, _("New slide"));
     picker_ = Gtk::make_managed<NewSlidePicker>([this](SlideLayout layout) { addSlide(layout); });
     picker_->signal_show().connect([this] { picker_->setLook(options_); });
     addButton_.set_popover(*picker_);
@@ -85,7 +87,7 @@ SlideNavigator::SlideNavigator(DeckEditor& editor, std::function<SlidePaintOptio
     list_.set_model(selection_);
     list_.set_factory(factory);
     list_.add_css_class("navigation-sidebar");
-    setAccessibleLabel(list_, "Slides");
+    setAccessibleLabel(list_, _("Slides"));
     auto keys = Gtk::EventControllerKey::create();
     keys->set_propagation_phase(Gtk::PropagationPhase::CAPTURE);
     keys->signal_key_pressed().connect(
@@ -184,7 +186,7 @@ bool SlideNavigator::rowsMatchDeck() const {
 
 void SlideNavigator::refreshHeader() {
     const auto& title = editor_.deck().title;
-    title_.set_text(title && !title->empty() ? *title : "Untitled Deck");
+    title_.set_text(title && !title->empty() ? *title : _("Untitled Deck"));
 }
 
 void SlideNavigator::refreshRows() {
@@ -335,7 +337,7 @@ void SlideNavigator::commitRename(const Uuid& slide, const std::string& title) {
     auto found = index_.find(slide);
     if (found != index_.end() && editor_.deck().slides[found->second].title != title) {
         editor_.edit(
-            "Rename Slide", [&](Deck deck) { return edits::renameSlide(std::move(deck), slide, title); }, {}, slide);
+            _("Rename Slide"), [&](Deck deck) { return edits::renameSlide(std::move(deck), slide, title); }, {}, slide);
     }
     focusRowIfUnfocused(slide);
 }
@@ -439,7 +441,7 @@ void SlideNavigator::showContextMenu(NavigatorRow& row, double x, double y) {
     for (const auto& choice : layoutChoices()) {
         layouts->append(choice.name, "win.set-layout::" + std::string(enumName(choice.layout)));
     }
-    commands->append_submenu("Layout", layouts);
+    commands->append_submenu(_("Layout"), layouts);
     commands->append("Duplicate", "win.duplicate-slide");
     commands->append("Move Up", "win.move-slide-up");
     commands->append("Move Down", "win.move-slide-down");

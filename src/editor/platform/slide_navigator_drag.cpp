@@ -7,6 +7,8 @@
 
 #include <cmath>
 
+#include <glib/gi18n.h>
+
 #include "editor/platform/navigator_row.h"
 #include "editor/platform/slide_navigator.h"
 
@@ -115,7 +117,7 @@ bool SlideNavigator::dropped(const Glib::ValueBase& value, double x, double y) {
     bool group = std::holds_alternative<NavigatorGroupTarget>(target);
     Uuid slide = *dragged;
     editor_.edit(
-        group ? "Group Slides" : "Move Slide",
+        group ? _("Group Slides") : _("Move Slide"),
         [&](Deck deck) { return applyDrop(std::move(deck), slide, target); }, {}, slide);
     return true;
 }
