@@ -20,6 +20,7 @@
 
 #include "app/cli.h"
 #include "base/glib_scheduler.h"
+#include "base/translation.h"
 #include "web/platform/web_sessions.h"
 #include "web/platform/webkit_page.h"
 
@@ -168,6 +169,7 @@ Result<std::unique_ptr<CliWebEngine>> startWebEngine() {
 }  // namespace lectern
 
 int main(int argc, char** argv) {
+    lectern::initTranslations();
     std::vector<std::string> arguments(argv + 1, argv + argc);
     int status = lectern::runCli(arguments, std::cout, std::cerr, lectern::startWebEngine);
     if (lectern::privateDisplay.isRunning()) {

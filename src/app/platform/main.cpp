@@ -15,6 +15,7 @@
 
 #include "app/build_info.h"
 #include "app/platform/lectern_application.h"
+#include "base/translation.h"
 
 namespace {
 
@@ -65,6 +66,7 @@ int printHelp(int argc, char* argv[]) {
 }  // namespace
 
 int main(int argc, char* argv[]) {
+    lectern::initTranslations();
     const char* unknown = nullptr;
     switch (request(argc, argv, unknown)) {
         case Request::unknownOption:
