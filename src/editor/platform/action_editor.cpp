@@ -243,7 +243,7 @@ Gtk::Widget* ActionEditor::buildRequestSections() {
     url_.set_hexpand(true);
     url_.set_input_purpose(Gtk::InputPurpose::URL);
     url_.set_enable_undo(false);
-    setAccessibleLabel(url_, "URL");
+    setAccessibleLabel(url_, _("URL"));
     url_.signal_changed().connect([this] {
         std::string text = url_.get_text();
         change(_("Typing"), [text](SlideAction& a) { a.request.urlString = text; }, "action-url");

@@ -310,7 +310,7 @@ void DeckInspector::buildTalkLength() {
     focus->signal_leave().connect([this] { commitTalkLength(); });
     talk_.add_controller(focus);
     row->append(talk_);
-    auto* unit = Gtk::make_managed<Gtk::Label>("minutes");
+    auto* unit = Gtk::make_managed<Gtk::Label>(_("minutes"));
     unit->add_css_class("dim-label");
     row->append(*unit);
     append(*row);

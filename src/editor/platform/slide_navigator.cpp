@@ -435,21 +435,21 @@ void SlideNavigator::showContextMenu(NavigatorRow& row, double x, double y) {
     const Slide& slide = editor_.deck().slides[found->second];
 
     auto commands = Gio::Menu::create();
-    commands->append("Rename", "win.rename-slide");
-    if (slide.isSection) commands->append("Remove section", "win.remove-section");
+    commands->append(_("Rename"), "win.rename-slide");
+    if (slide.isSection) commands->append(_("Remove section"), "win.remove-section");
     auto layouts = Gio::Menu::create();
     for (const auto& choice : layoutChoices()) {
         layouts->append(choice.name, "win.set-layout::" + std::string(enumName(choice.layout)));
     }
     commands->append_submenu(_("Layout"), layouts);
-    commands->append("Duplicate", "win.duplicate-slide");
-    commands->append("Move Up", "win.move-slide-up");
-    commands->append("Move Down", "win.move-slide-down");
-    commands->append("Delete", "win.delete-slide");
+    commands->append(_("Duplicate"), "win.duplicate-slide");
+    commands->append(_("Move Up"), "win.move-slide-up");
+    commands->append(_("Move Down"), "win.move-slide-down");
+    commands->append(_("Delete"), "win.delete-slide");
     auto presentation = Gio::Menu::create();
-    presentation->append("Skip in Presentation", "win.toggle-skip");
-    presentation->append("Group with Slide Above", "win.group-with-previous");
-    if (!slide.isSection && slide.sectionId) presentation->append("Remove from section", "win.remove-from-section");
+    presentation->append(_("Skip in Presentation"), "win.toggle-skip");
+    presentation->append(_("Group with Slide Above"), "win.group-with-previous");
+    if (!slide.isSection && slide.sectionId) presentation->append(_("Remove from section"), "win.remove-from-section");
     auto menu = Gio::Menu::create();
     menu->append_section(commands);
     menu->append_section(presentation);
