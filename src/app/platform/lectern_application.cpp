@@ -1,9 +1,15 @@
 #include "app/platform/lectern_application.h"
 
 #include <adwaita.h>
+#include <glib/gi18n.h>
 #include <stdlib.h>
 
+#include "app/app_updater.h"
+#include "app/build_info.h"
+#include "app/platform/about_window.h"
 #include "app/platform/app_style.h"
+#include "app/platform/lectern_settings.h"
+#include "app/platform/soup_feed_fetcher.h"
 #include "base/install_layout.h"
 #include "present/platform/deck_commands.h"
 #include "editor/platform/deck_window.h"
@@ -15,6 +21,7 @@
 #include "editor/deck_edits.h"
 #include "model/deck_package.h"
 #include "model/file_io.h"
+#include "model/package_location.h"
 
 namespace lectern {
 
@@ -96,7 +103,11 @@ void LecternApplication::on_startup() {
     adw_init();
     bool hardwareOpenGl = chooseRenderer();
     WebServices::shared().pages().setHardwareAcceleration(hardwareOpenGl);
-    Gtk::Window::set_default_icon_name("x-office-presentation");
+    // Lectern's own icon, also where it is not installed in a folder the
+    // desktop searches (a build folder, an unusual prefix).
+    auto icons = Gtk::IconTheme::get_for_display(Gdk::Display::get_default());
+    icons->add_search_path((sharedDataDir() / "icons").string());
+    Gtk::Window::set_default_icon_name(applicationId);
 
     auto css = Gtk::CssProvider::create();
     css->load_from_data(appStyleSheet);
@@ -106,6 +117,7 @@ void LecternApplication::on_startup() {
     windowKeeper_ = std::make_unique<WindowKeeper>(gobj());
     add_action("open", [this] { showOpenDialog(); });
     add_action("about", [this] { showAbout(); });
+    add_action("preferences", [this] { showSettings(); });
     add_action("open-example", [this] { openExampleDeck(); });
     add_action("new-deck", [this] { newDeck(); });
     add_action_with_parameter("recover", Glib::VARIANT_TYPE_STRING, [this](const Glib::VariantBase& id) {
@@ -138,8 +150,7 @@ void LecternApplication::on_startup() {
     // try, once per run.
     WebServices::shared().profileStores(*preferences_).retryPendingRemovals();
 
-    // The updater is not part of this build yet.
-    add_action("check-for-updates", [] {})->set_enabled(false);
+    startUpdater();
 
     for (const auto* commands : {&fileCommands(), &editCommands(), &slideCommands(), &presentationCommands(),
                                   &applicationCommands()}) {
@@ -151,10 +162,66 @@ void LecternApplication::on_startup() {
     }
 }
 
+void LecternApplication::startUpdater() {
+    // The build's feed; LECTERN_UPDATE_FEED in the environment names another
+    // (a local feed to try a release with).
+    std::string feed = build::updateFeed;
+    if (const char* chosen = g_getenv("LECTERN_UPDATE_FEED"); chosen && *chosen) feed = chosen;
+    updater_ = std::make_unique<AppUpdater>(feed, build::version, *preferences_, scheduler_,
+                                            std::make_unique<SoupFeedFetcher>());
+    // Asked for, a check shows its progress and result in the settings'
+    // General area.
+    auto check = add_action("check-for-updates", [this] {
+        if (!updater_->canCheckForUpdates()) return;
+        checkAsked_ = true;
+        showSettings(SettingsArea::general);
+        updater_->checkForUpdates();
+    });
+    check->set_enabled(updater_->canCheckForUpdates());
+    updaterCanCheck_ = updater_->canCheckForUpdatesChanged().connect([check](bool can) { check->set_enabled(can); });
+    add_action("show-update", [this] {
+        const auto& result = updater_->lastResult();
+        if (result && !result->downloadPage.empty()) gtk_show_uri(nullptr, result->downloadPage.c_str(), GDK_CURRENT_TIME);
+    });
+    updaterFinished_ = updater_->finished().connect([this](const UpdateResult& result) {
+        if (!std::exchange(checkAsked_, false)) updateFound(result);
+    });
+    // A test host never checks by itself.
+    if (!g_getenv("LECTERN_TEST_HOST")) updater_->start();
+}
+
+// A new version found by an automatic check is announced once, on the
+// desktop; up to date and failures are only shown in the settings.
+void LecternApplication::updateFound(const UpdateResult& result) {
+    if (result.outcome != UpdateResult::Outcome::available) return;
+    auto notification = Gio::Notification::create(result.message);
+    notification->set_body(_("Open its download page to get it. Lectern never installs anything by itself."));
+    notification->set_default_action("app.show-update");
+    notification->add_button(_("Download Page"), "app.show-update");
+    send_notification("update-available", notification);
+}
+
+LecternSettings& LecternApplication::settings() {
+    if (!settings_) settings_ = std::make_unique<LecternSettings>(updater_.get());
+    return *settings_;
+}
+
+void LecternApplication::showSettings(std::optional<SettingsArea> area) {
+    Gtk::Window* parent = get_active_window();
+    if (parent && parent->gobj() == settings().window()) parent = nullptr;
+    if (!parent) {
+        for (auto* window : get_windows()) {
+            if (dynamic_cast<DeckWindow*>(window) || dynamic_cast<StartWindow*>(window)) parent = window;
+        }
+    }
+    settings().present(parent ? parent->gobj() : nullptr, area);
+}
+
 void LecternApplication::on_shutdown() {
     // Hidden pages stop with the application; nothing is loaded any more.
     WebServices::shared().prefetcher().terminate();
     windowKeeper_.reset();
+    settings_.reset();
     Gtk::Application::on_shutdown();
 }
 
@@ -174,10 +241,11 @@ void LecternApplication::on_open(const type_vec_files& files, const Glib::ustrin
     for (const auto& file : files) {
         std::string path = file->get_path();
         if (path.empty()) {
-            showError("Only decks on this computer can be opened.");
+            showError(_("Only decks on this computer can be opened."));
             continue;
         }
-        openDeck(std::filesystem::path(path));
+        // A deck's folder, or the deck.json inside it.
+        openDeck(deckPackageFor(path).value_or(std::filesystem::path(path)));
     }
 }
 
@@ -328,16 +396,8 @@ StartWindow& LecternApplication::startWindow() {
 }
 
 void LecternApplication::showAbout() {
-    GtkWidget* about = adw_about_window_new();
-    if (auto* parent = get_active_window()) gtk_window_set_transient_for(GTK_WINDOW(about), parent->gobj());
-    AdwAboutWindow* window = ADW_ABOUT_WINDOW(about);
-    adw_about_window_set_application_name(window, "Lectern");
-    adw_about_window_set_application_icon(window, "x-office-presentation");
-    adw_about_window_set_version(window, LECTERN_VERSION " Alpha");
-    adw_about_window_set_comments(window,
-                                  "Slides with live web pages in them, so a talk can show the real product, "
-                                  "signed in and ready, instead of screenshots of it.");
-    gtk_window_present(GTK_WINDOW(about));
+    Gtk::Window* parent = get_active_window();
+    showAboutWindow(parent ? parent->gobj() : nullptr);
 }
 
 }  // namespace lectern

@@ -7,6 +7,8 @@
 #include <optional>
 
 #include "editor/recovery_store.h"
+#include "app/about_statements.h"
+#include "app/app_updater.h"
 #include "model/deck.h"
 #include "model/preferences_store.h"
 #include "base/result.h"
@@ -15,6 +17,7 @@
 namespace lectern {
 
 class DeckWindow;
+class LecternSettings;
 class StartWindow;
 class WindowKeeper;
 
@@ -58,6 +61,12 @@ public:
     // Copies of unsaved decks ($XDG_STATE_HOME/lectern/recovery/); tests
     // put one of their own in its place.
     RecoveryStore& recoveryStore() { return recoveryStore_; }
+    // The update checker: present in every run, without checks in a build
+    // that has no update feed.
+    AppUpdater& updater() { return *updater_; }
+    // The settings window, made on first use and kept for the session.
+    LecternSettings& settings();
+    void showSettings(std::optional<SettingsArea> area = {});
 
 protected:
     explicit LecternApplication(Gio::Application::Flags flags, PreferencesStore* preferences);
@@ -70,6 +79,8 @@ private:
     void showError(const std::string& message);
     StartWindow& startWindow();
     void showAbout();
+    void startUpdater();
+    void updateFound(const UpdateResult& result);
 
     GLibScheduler scheduler_;
     PreferencesStore* preferences_;
@@ -77,6 +88,13 @@ private:
     Glib::RefPtr<Gtk::FileChooserNative> openDialog_;
     std::unique_ptr<WindowKeeper> windowKeeper_;
     RecoveryStore recoveryStore_{RecoveryStore::defaultRoot()};
+    std::unique_ptr<AppUpdater> updater_;
+    std::unique_ptr<LecternSettings> settings_;
+    Signal<bool>::Connection updaterCanCheck_;
+    Signal<const UpdateResult&>::Connection updaterFinished_;
+    // The check under way was asked for: its result is shown in the settings
+    // window, not announced.
+    bool checkAsked_ = false;
 };
 
 }  // namespace lectern

@@ -65,7 +65,7 @@ std::string hostOf(const std::string& address) {
 
 LecternSettings::LecternSettings(AppUpdater* updater)
     : updater_(updater && updater->hasFeed() ? updater : nullptr),
-      window_(GObjectRef<AdwPreferencesWindow>::take(ADW_PREFERENCES_WINDOW(adw_preferences_window_new()))) {
+      window_(GObjectRef<AdwPreferencesWindow>::retain(ADW_PREFERENCES_WINDOW(adw_preferences_window_new()))) {
     GtkWindow* window = GTK_WINDOW(window_.get());
     gtk_window_set_title(window, _("Preferences"));
     gtk_window_set_hide_on_close(window, TRUE);
