@@ -23,8 +23,8 @@ GtkWidget* textRow(const std::string& title, const std::string& detail) {
     adw_action_row_set_subtitle(ADW_ACTION_ROW(row), detail.c_str());
     adw_action_row_set_subtitle_lines(ADW_ACTION_ROW(row), 0);
     adw_action_row_set_title_lines(ADW_ACTION_ROW(row), 0);
-    gtk_accessible_update_property(GTK_ACCESSIBLE(row), GTK_ACCESSIBLE_PROPERTY_LABEL, title.c_str(),
-                                   GTK_ACCESSIBLE_PROPERTY_DESCRIPTION, detail.c_str(), -1);
+    // Read as the title, then the statement itself.
+    gtk_accessible_update_property(GTK_ACCESSIBLE(row), GTK_ACCESSIBLE_PROPERTY_DESCRIPTION, detail.c_str(), -1);
     return row;
 }
 
@@ -44,7 +44,7 @@ GtkWidget* linkRow(const std::string& title, const std::string& shown, const std
     adw_action_row_set_subtitle(ADW_ACTION_ROW(row), shown.c_str());
     adw_action_row_add_suffix(ADW_ACTION_ROW(row), gtk_image_new_from_icon_name("adw-external-link-symbolic"));
     gtk_list_box_row_set_activatable(GTK_LIST_BOX_ROW(row), TRUE);
-    nameFor(row, title + ": " + shown);
+    gtk_accessible_update_property(GTK_ACCESSIBLE(row), GTK_ACCESSIBLE_PROPERTY_DESCRIPTION, shown.c_str(), -1);
     g_object_set_data_full(G_OBJECT(row), "lectern-uri", g_strdup(uri.c_str()), g_free);
     g_signal_connect(row, "activated", G_CALLBACK(+[](AdwActionRow* row, gpointer) {
                          const char* uri = static_cast<const char*>(g_object_get_data(G_OBJECT(row), "lectern-uri"));
