@@ -52,6 +52,8 @@ LecternApplication& app() {
         static TempDir home;
         g_setenv("XDG_DATA_HOME", (home / "data").c_str(), true);
         g_setenv("XDG_CACHE_HOME", (home / "cache").c_str(), true);
+        // Recovery copies and the places decks were left at, too.
+        g_setenv("XDG_STATE_HOME", (home / "state").c_str(), true);
         g_setenv("WEBKIT_DISABLE_COMPOSITING_MODE", "1", true);
         auto created = LecternApplication::create(Gio::Application::Flags::NON_UNIQUE, &preferences());
         created->register_application();

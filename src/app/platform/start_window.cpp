@@ -5,6 +5,8 @@
 #include <algorithm>
 #include <tuple>
 
+#include "editor/platform/deck_drop_target.h"
+
 namespace lectern {
 
 namespace fs = std::filesystem;
@@ -168,6 +170,9 @@ StartWindow::StartWindow(RecoveriesSource recoveries) : recoveries_(std::move(re
     // Copies are written and discarded, and decks opened, while the window
     // is away: what it lists is read again each time it comes back.
     signal_show().connect([this] { refresh(); });
+    // A deck folder dragged in from the file manager opens like one chosen
+    // with Open…; the whole window takes it.
+    add_controller(makeDeckDropTarget(decksDropped_.make_slot()));
     recentChanged_ = Gtk::RecentManager::get_default()->signal_changed().connect([this] {
         if (get_visible()) refresh();
     });

@@ -29,7 +29,9 @@ struct RecentDeck {
 // Its buttons and rows fire application actions (app.new-deck, app.open,
 // app.open-example, app.open-recent, app.recover, app.discard-recovery), so
 // the window decides nothing itself. Its lists are read again whenever it
-// comes on screen and when the recent-files list changes.
+// comes on screen and when the recent-files list changes. Deck folders
+// dragged onto it are handed to signal_decks_dropped(), for the
+// application to open as Open… does.
 class StartWindow : public Gtk::ApplicationWindow {
 public:
     using RecoveriesSource = std::function<std::vector<RecoveryEntry>()>;
@@ -38,6 +40,8 @@ public:
     ~StartWindow() override;
 
     void showToast(const std::string& message);
+    // The decks (package folders) dropped onto the window.
+    sigc::signal<void(const std::vector<std::filesystem::path>&)>& signal_decks_dropped() { return decksDropped_; }
     // Reads the recovered and recent decks again.
     void refresh();
 
@@ -56,6 +60,7 @@ private:
     // the rows (and the pointer's and keyboard's place on them) alone.
     std::optional<std::pair<std::vector<RecoveryEntry>, std::vector<RecentDeck>>> shown_;
     sigc::connection recentChanged_;
+    sigc::signal<void(const std::vector<std::filesystem::path>&)> decksDropped_;
 };
 
 // The application's primary menu, shared by the start window.

@@ -5,6 +5,7 @@
 #include "base/platform/accessible.h"
 #include "editor/platform/body_editor.h"
 #include "editor/platform/body_field.h"
+#include "editor/platform/deck_drop_target.h"
 #include "editor/platform/editor_layout.h"
 #include "editor/platform/heading_fields.h"
 #include "editor/platform/presenter_panel.h"
@@ -46,12 +47,14 @@ double monotonicSeconds() { return static_cast<double>(g_get_monotonic_time()) /
 }  // namespace
 
 DeckWindow::DeckWindow(Scheduler& scheduler, PreferencesStore& preferences, std::shared_ptr<RecoveryStore> recovery,
-                       Deck deck, std::optional<std::filesystem::path> package, bool recovered)
+                       Deck deck, std::optional<std::filesystem::path> package, bool recovered,
+                       std::shared_ptr<DeckPlaces> places)
     : scheduler_(scheduler),
       preferences_(preferences),
       document_(std::make_unique<DeckDocument>(std::move(deck), std::move(package), monotonicSeconds)),
       state_(std::make_unique<PresentationState>(scheduler, preferences, makeActionRunner(profileCookies()))),
-      hudController_(scheduler, [this](bool visible) { state_->setHudVisible(visible); }) {
+      hudController_(scheduler, [this](bool visible) { state_->setHudVisible(visible); }),
+      places_(std::move(places)) {
     if (recovered) {
         // What the package holds, if it can still be read: the window opens
         // with the recovered changes unsaved.
@@ -73,6 +76,7 @@ DeckWindow::DeckWindow(Scheduler& scheduler, PreferencesStore& preferences, std:
     state_->setWindow(this);
     set_title(windowTitle());
     sizeToScreen();
+    restorePlace();
     add_css_class("deck-window");
 
     buildActions();
@@ -86,6 +90,17 @@ DeckWindow::DeckWindow(Scheduler& scheduler, PreferencesStore& preferences, std:
     keys->signal_key_pressed().connect(
         [this](guint keyval, guint, Gdk::ModifierType modifiers) { return handleKey(keyval, modifiers); }, false);
     add_controller(keys);
+
+    // A deck folder dragged onto the window opens in a window of its own.
+    add_controller(makeDeckDropTarget(decksDropped_.make_slot()));
+    // Where the deck was left is written at close even when the close is
+    // then held up by a question: the place is the same either way.
+    signal_close_request().connect(
+        [this] {
+            rememberPlace();
+            return false;
+        },
+        false);
 
     // Back from a sheet or dialog, the keys go to the stage unless a widget
     // that is still on screen has the focus: a hidden one (the notes, when
@@ -130,6 +145,7 @@ DeckWindow::~DeckWindow() {
     // window taken down without closing still writes what is waiting, with
     // nowhere left to say if that fails.
     if (!closing_) (void)autosaver_->flush();
+    rememberPlace();
     stage_->webCard().clear();
     trustReview_.close();
     webCheck_.reset();
@@ -276,7 +292,11 @@ void DeckWindow::showToast(const std::string& message) {
 
 void DeckWindow::deckChanged(const DeckChange& change) {
     refreshTitle();
-    if (change.kind == DeckChange::Kind::saved) return;
+    if (change.kind == DeckChange::Kind::saved) {
+        // A draft's first save or Save As: the deck is now known by its new package.
+        if (package() != placedPackage_) rememberPlace();
+        return;
+    }
     if (webCheck_) webCheck_->setDeck(deck());
     stage_->deckChanged();
     stage_->showCurrentSlide();
@@ -292,6 +312,7 @@ void DeckWindow::deckChanged(const DeckChange& change) {
 void DeckWindow::stateChanged(PresentationField field) {
     switch (field) {
     case PresentationField::current:
+        placeChangedSoon();
         stage_->showCurrentSlide();
         layout_->refreshNotes();
         refreshCounter();

@@ -8,6 +8,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "base/platform/gobject_ref.h"
 #include "base/scheduler.h"
@@ -15,6 +16,7 @@
 #include "editor/autosaver.h"
 #include "editor/deck_document.h"
 #include "editor/deck_editor.h"
+#include "editor/deck_places.h"
 #include "model/deck.h"
 #include "model/preferences_store.h"
 #include "present/platform/trust_review.h"
@@ -41,13 +43,18 @@ class WebCheckSheet;
 // the stage alone (full screen while presenting). It hosts the overview
 // grid, the presenter HUD, the presenter panel, the consent sheet for
 // actions made elsewhere and the confirmations of deleting and closing.
+// A deck with a package opens again at the slide and in the window size it
+// was left at (kept in `places`); deck folders dragged onto the window are
+// handed to signal_decks_dropped().
 class DeckWindow : public Gtk::ApplicationWindow, public PresentationWindow {
 public:
     // A deck read from `package` (none: a draft never saved). `recovered`:
     // the deck comes from a recovery copy and differs from what the package
-    // (if any) holds.
+    // (if any) holds. `places`: where decks were left, the user's own list
+    // unless told otherwise.
     DeckWindow(Scheduler& scheduler, PreferencesStore& preferences, std::shared_ptr<RecoveryStore> recovery,
-               Deck deck, std::optional<std::filesystem::path> package, bool recovered = false);
+               Deck deck, std::optional<std::filesystem::path> package, bool recovered = false,
+               std::shared_ptr<DeckPlaces> places = DeckPlaces::perUser());
     ~DeckWindow() override;
 
     PresentationState& state() { return *state_; }
@@ -94,6 +101,10 @@ public:
 
     void toggleFullScreen() override;
 
+    // The decks (package folders) dropped onto the window outside the
+    // places that take files of their own (the image of an image slide).
+    sigc::signal<void(const std::vector<std::filesystem::path>&)>& signal_decks_dropped() { return decksDropped_; }
+
 private:
     void buildContent();
     GtkWidget* buildHeaderBar();
@@ -120,6 +131,12 @@ private:
     void confirmClose();
     bool on_close_request() override;
     void showBrowserProfiles();
+    // Coming back: the size before the window is first shown and the slide
+    // once the deck is open; written a little after the slide changes, when
+    // the deck moves to a new package and when the window closes.
+    void restorePlace();
+    void placeChangedSoon();
+    void rememberPlace();
 
     Scheduler& scheduler_;
     PreferencesStore& preferences_;
@@ -159,6 +176,11 @@ private:
     Signal<const DeckChange&>::Connection deckConnection_;
     Signal<PresentationField>::Connection stateConnection_;
     Signal<const Error&>::Connection saveFailedConnection_;
+    std::shared_ptr<DeckPlaces> places_;
+    DeckPlace place_;  // the last place seen, for writing once the widgets are gone
+    Scheduler::TimerId placeTimer_ = 0;
+    std::optional<std::filesystem::path> placedPackage_;  // the package place_ was written under
+    sigc::signal<void(const std::vector<std::filesystem::path>&)> decksDropped_;
 };
 
 }  // namespace lectern
