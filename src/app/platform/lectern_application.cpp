@@ -267,6 +267,10 @@ DeckWindow* LecternApplication::openDeck(const std::filesystem::path& package) {
     return openDeck(std::move(deck).value(), wanted);
 }
 
+void LecternApplication::openDropped(const std::vector<std::filesystem::path>& decks) {
+    for (const auto& deck : decks) openDeck(deck);
+}
+
 DeckWindow* LecternApplication::openExampleDeck() {
     const auto source = exampleDeck();
     auto copy = exampleCopy(source);
@@ -309,6 +313,7 @@ DeckWindow* LecternApplication::openDeck(Deck deck, std::optional<std::filesyste
         scheduler_, *preferences_, std::shared_ptr<RecoveryStore>(&recoveryStore_, [](RecoveryStore*) {}),
         std::move(deck), std::move(package), recovered);
     add_window(*window);
+    window->signal_decks_dropped().connect([this](const std::vector<std::filesystem::path>& decks) { openDropped(decks); });
     window->present();
     if (startWindow_) {
         startWindow_->close();
@@ -390,6 +395,8 @@ StartWindow& LecternApplication::startWindow() {
             return entries;
         });
         add_window(*startWindow_);
+        startWindow_->signal_decks_dropped().connect(
+            [this](const std::vector<std::filesystem::path>& decks) { openDropped(decks); });
         startWindow_->signal_destroy().connect([this] { startWindow_ = nullptr; });
     }
     return *startWindow_;

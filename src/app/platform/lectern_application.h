@@ -79,6 +79,8 @@ private:
     void showError(const std::string& message);
     StartWindow& startWindow();
     void showAbout();
+    // Decks dragged onto a window open as if chosen with Open….
+    void openDropped(const std::vector<std::filesystem::path>& decks);
     void startUpdater();
     void updateFound(const UpdateResult& result);
 

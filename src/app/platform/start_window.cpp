@@ -79,6 +79,7 @@ Glib::RefPtr<Gio::Menu> startMenu() {
     open->append("Open the Example Deck", "app.open-example");
     menu->append_section(open);
     auto app = Gio::Menu::create();
+    app->append("Preferences", "app.preferences");
     app->append("Check for Updates…", "app.check-for-updates");
     app->append("About Lectern", "app.about");
     menu->append_section(app);
