@@ -95,7 +95,9 @@ void keys(const std::string& window, const std::vector<std::string>& keys) {
 TEST(LecternProgram, OpensTheExampleDeckPresentsItAndQuits) {
     if (!testing::haveDisplay()) GTEST_SKIP() << "needs a display (run under xvfb-run)";
     testing::TempDir config;
-    Program program({LECTERN_APP_PATH, (testing::examplesDir() / "Welcome.lectern").string()}, config.path());
+    // Given as the deck.json inside the package, as a file manager may hand it over.
+    Program program({LECTERN_APP_PATH, (testing::examplesDir() / "Welcome.lectern" / "deck.json").string()},
+                    config.path());
     ASSERT_TRUE(program.started());
     std::string window = findWindow("Welcome to Lectern");
     ASSERT_FALSE(window.empty());
