@@ -77,6 +77,7 @@ Gtk::ShortcutsWindow* makeShortcutsWindow() {
           {_("Save"), "<Control>s"},
           {_("Save as"), "<Shift><Control>s"},
           {_("Close the window"), "<Control>w"},
+          {_("Preferences"), "<Control>comma"},
           {_("Keyboard shortcuts"), "<Control>question"},
           {_("Quit"), "<Control>q"}}},
     };
