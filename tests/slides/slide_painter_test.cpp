@@ -6,6 +6,7 @@
 #include <gdk-pixbuf/gdk-pixbuf.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstring>
 #include <filesystem>
 #include <functional>
@@ -34,26 +35,26 @@ Color over(const Color& top, const Color& ground) {
 }
 
 // A slide drawn at 1920 × 1080 pixels (or `pixelsPerPoint` times the
-// design size), read back in design points.
+// design size), read back in design points, and saved as `saveAs`.png
+// when given a name.
 class Drawn {
 public:
-    Drawn(const Slide& slide, const SlidePaintOptions& options, double pixelsPerPoint = 2)
+    Drawn(const Slide& slide, const SlidePaintOptions& options, const std::string& saveAs = "", double pixelsPerPoint = 2)
         : scale_(pixelsPerPoint),
           surface_(cairo_image_surface_create(CAIRO_FORMAT_RGB24, int(W * scale_), int(H * scale_))) {
         cairo_t* cr = cairo_create(surface_);
         SlidePainter::paint(cr, slide, options, W * scale_, H * scale_);
         cairo_destroy(cr);
         cairo_surface_flush(surface_);
+        if (saveAs.empty()) return;
+        fs::path folder = fs::path(LECTERN_ARTIFACTS_DIR) / "slides";
+        fs::create_directories(folder);
+        cairo_surface_write_to_png(surface_, (folder / (saveAs + ".png")).c_str());
     }
     ~Drawn() { cairo_surface_destroy(surface_); }
     Drawn(const Drawn&) = delete;
     Drawn& operator=(const Drawn&) = delete;
 
-    void save(const std::string& name) const {
-        fs::path folder = fs::path(LECTERN_ARTIFACTS_DIR) / "slides";
-        fs::create_directories(folder);
-        cairo_surface_write_to_png(surface_, (folder / (name + ".png")).c_str());
-    }
     Color at(double x, double y) const { return pixel(static_cast<int>(x * scale_), static_cast<int>(y * scale_)); }
     // Pixels within a design rectangle that match.
     std::size_t count(const Rect& r, const std::function<bool(const Color&)>& match) const {
@@ -98,16 +99,21 @@ SharedBytes pictureBytes(int width, int height, std::uint32_t rgb, const char* t
 
 const Color pictureColour{0x22 / 255.0, 0xAA / 255.0, 0x55 / 255.0, 1};
 
+SlideBodyAttributes bold() {
+    SlideBodyAttributes attributes;
+    attributes.inlineIntent = inline_intent::stronglyEmphasized;
+    return attributes;
+}
+
 Slide textSlide(SlideLayout layout) {
     Slide slide = Slide::make(layout);
     slide.eyebrow = "the eyebrow";
     slide.title = "A title for " + std::string(enumName(layout));
     slide.subtitle = "And a subtitle under it";
-    SlideBodyAttributes bold, command;
-    bold.inlineIntent = inline_intent::stronglyEmphasized;
+    SlideBodyAttributes command;
     command.block = SlideBodyBlockKind::command;
     slide.body.append("A first line of body text with ");
-    slide.body.append("bold words", bold);
+    slide.body.append("bold words", bold());
     slide.body.append("\n\u2022 a bullet item\n\t\u2022 an indented item\n");
     slide.body.append("npm run demo\n", command);
     slide.body.append("A closing line");
@@ -118,10 +124,8 @@ Slide mediaSlide(SlideLayout layout, SlidePosition position) {
     Slide slide = textSlide(layout);
     slide.position = position;
     slide.title = "Media " + std::string(enumName(position));
-    SlideBodyAttributes bold;
-    bold.inlineIntent = inline_intent::stronglyEmphasized;
     slide.body = AttributedText("A line of text with ");
-    slide.body.append("bold words", bold);
+    slide.body.append("bold words", bold());
     slide.body.append("\n\u2022 and a bullet item");
     if (layout == SlideLayout::web) slide.url = "https://example.com/dashboard";
     if (layout == SlideLayout::image) slide.setImage(pictureBytes(400, 400, 0x22AA55), "square.png");
@@ -167,7 +171,6 @@ TEST(SlidePainter, EyebrowFallsBackToTheDeckTitleAndIsOnlyShownInCapitals) {
     EXPECT_EQ(SlidePainter::displayedEyebrow(slide, options), "QUARTERLY REVIEW");
     slide.eyebrow = "why \u00e9t\u00e9 matters";
     EXPECT_EQ(SlidePainter::displayedEyebrow(slide, options), "WHY \u00c9T\u00c9 MATTERS");
-    EXPECT_EQ(slide.eyebrow, "why \u00e9t\u00e9 matters");
     options.theme = Theme::editorial;  // the one theme with a mixed-case eyebrow
     EXPECT_EQ(SlidePainter::displayedEyebrow(slide, options), "why \u00e9t\u00e9 matters");
 }
@@ -183,20 +186,18 @@ TEST(SlidePainter, EveryLayoutPositionAndTheme) {
         options.deckTitle = "Deck";
         for (SlideLayout layout : {SlideLayout::regular, SlideLayout::callout}) {
             Slide slide = textSlide(layout);
-            Drawn drawn(slide, options);
-            drawn.save(name(theme, slide));
-            EXPECT_TRUE(near(drawn.at(2, 2), style.stageBackground)) << name(theme, slide);
-            EXPECT_GT(drawn.count({0, 0, W, H}, style.primaryText), 500u) << name(theme, slide);
-            EXPECT_GT(drawn.count({0, 0, W, H}, style.codeBlockBackground), 2000u) << name(theme, slide);
-            // Nothing is drawn in the bottom margin.
-            EXPECT_EQ(drawn.count({0, H - 24, W, 24}, style.stageBackground), 1920u * 48) << name(theme, slide);
+            const std::string what = name(theme, slide);
+            Drawn drawn(slide, options, what);
+            EXPECT_TRUE(near(drawn.at(2, 2), style.stageBackground)) << what;
+            EXPECT_GT(drawn.count({0, 0, W, H}, style.primaryText), 500u) << what;
+            EXPECT_GT(drawn.count({0, 0, W, H}, style.codeBlockBackground), 2000u) << what;
+            EXPECT_EQ(drawn.count({0, H - 24, W, 24}, style.stageBackground), 1920u * 48) << what << ": bottom margin";
         }
         for (SlideLayout layout : {SlideLayout::web, SlideLayout::image}) {
             for (SlidePosition position : allCases<SlidePosition>()) {
                 Slide slide = mediaSlide(layout, position);
-                Drawn drawn(slide, options);
-                drawn.save(name(theme, slide));
                 const std::string what = name(theme, slide);
+                Drawn drawn(slide, options, what);
                 auto geometry = SlidePainter::geometry(slide, options);
                 ASSERT_TRUE(geometry.mediaArea) << what;
                 EXPECT_EQ(geometry.mediaIsWeb, layout == SlideLayout::web);
@@ -208,34 +209,30 @@ TEST(SlidePainter, EveryLayoutPositionAndTheme) {
                     const Color seen = veil.alpha > 0 ? over(veil, pictureColour) : pictureColour;
                     EXPECT_TRUE(near(drawn.at(media.x + media.width / 2, media.y + media.height / 2), seen)) << what;
                 }
+                // The media's edge within 24 points short of its split, and the text on the other side.
                 switch (position) {
                     case SlidePosition::full:
                         EXPECT_EQ(media, (Rect{0, 0, W, H}));
                         EXPECT_EQ(ink({0, 0, W, H}), 0u) << what;
                         break;
                     case SlidePosition::left:
-                        EXPECT_LE(media.x + media.width, 0.62 * W);
-                        EXPECT_GE(media.x + media.width, 0.62 * W - 24);
+                        EXPECT_NEAR(media.x + media.width, 0.62 * W - 12, 12) << what;
                         EXPECT_GT(media.width, 0.55 * W);
                         EXPECT_GT(ink({0.62 * W, 0, 0.38 * W, H}), 500u) << what;
                         break;
                     case SlidePosition::right:
-                        EXPECT_GE(media.x, 0.38 * W);
-                        EXPECT_LE(media.x, 0.38 * W + 24);
+                        EXPECT_NEAR(media.x, 0.38 * W + 12, 12) << what;
                         EXPECT_GT(media.width, 0.55 * W);
                         EXPECT_GT(ink({0, 0, 0.38 * W, H}), 500u) << what;
                         break;
                     case SlidePosition::topBottom:
-                        EXPECT_LE(media.y + media.height, 0.6 * H);
-                        EXPECT_GE(media.y + media.height, 0.6 * H - 24);
+                        EXPECT_NEAR(media.y + media.height, 0.6 * H - 12, 12) << what;
                         EXPECT_GT(media.width, 0.9 * W);
                         EXPECT_GT(ink({0, 0.6 * H, W, 0.4 * H}), 500u) << what;
                         break;
-                    case SlidePosition::inText:
-                        // Inside the text column, under the title and the body.
+                    case SlidePosition::inText:  // in the text column, under the title and the body
                         EXPECT_GT(ink({0, 0, W, media.y}), 500u) << what;
-                        EXPECT_GE(media.x, 48);
-                        EXPECT_LE(media.x + media.width, W - 48);
+                        EXPECT_TRUE(media.x >= 48 && media.x + media.width <= W - 48) << what;
                         EXPECT_LE(media.y + media.height, H - 24);
                         EXPECT_GT(media.height, 150);
                         break;
@@ -254,43 +251,23 @@ TEST(SlidePainter, PicturesFitFillOrShowTheBrokenSymbol) {
     Slide slide = mediaSlide(SlideLayout::image, SlidePosition::left);  // a square in a tall area
     const Rect media = *SlidePainter::geometry(slide, options).mediaArea;
     const double edgeX = media.x + 6, middleY = media.y + media.height / 2;
-    {
-        Drawn fitted(slide, options);
-        EXPECT_TRUE(near(fitted.at(edgeX, middleY), colours.mediaBackground)) << "fit leaves bars beside the square";
-    }
+    EXPECT_TRUE(near(Drawn(slide, options).at(edgeX, middleY), colours.mediaBackground)) << "fit leaves bars beside it";
     slide.imageFill = true;
-    {
-        Drawn filled(slide, options);
-        EXPECT_TRUE(near(filled.at(edgeX, middleY), pictureColour)) << "fill covers the area";
-    }
+    EXPECT_TRUE(near(Drawn(slide, options).at(edgeX, middleY), pictureColour)) << "fill covers the area";
     slide.imageData = pictureBytes(300, 200, 0x22AA55, "jpeg");
-    {
-        Drawn jpeg(slide, options);
-        EXPECT_TRUE(near(jpeg.at(media.x + media.width / 2, middleY), pictureColour, 0.05));
-    }
-
-    // Monochrome lays its grey veil over pictures.
-    options.theme = Theme::monochrome;
-    {
-        Drawn veiled(slide, options);
-        Color expected = over(QuickLookTheme::of(Theme::monochrome).monochromeOverlay, pictureColour);
-        EXPECT_TRUE(near(veiled.at(media.x + media.width / 2, middleY), expected, 0.04));
-    }
+    EXPECT_TRUE(near(Drawn(slide, options).at(media.x + media.width / 2, middleY), pictureColour, 0.05));
 
     // Bytes that are not a picture: the frames-and-slash symbol in the muted
     // colour, in the middle of the media, and nothing of a picture.
     Slide broken = Slide::make(SlideLayout::image);
     broken.imageData = SharedBytes::fromString("\x89PNG\r\n\x1a\n but not really");
-    SlidePaintOptions clinical;
-    Drawn symbol(broken, clinical);
-    symbol.save("image-broken");
+    Drawn symbol(broken, options, "image-broken");
     const Color muted = ThemeStyle::of(Theme::clinical).mutedText;
     EXPECT_GT(symbol.count({W / 2 - 80, H / 2 - 80, 160, 160}, muted, 0.06), 400u);
     EXPECT_EQ(symbol.count({0, 0, W, H / 2 - 90}, muted, 0.06), 0u);
     // A slide with no picture at all shows a quieter placeholder, not the symbol.
     broken.removeImage();
-    Drawn empty(broken, clinical);
-    empty.save("image-empty");
+    Drawn empty(broken, options, "image-empty");
     EXPECT_EQ(empty.count({W / 2 - 80, H / 2 - 80, 160, 160}, muted, 0.06), 0u);
 }
 
@@ -309,10 +286,10 @@ TEST(SlidePainter, WebAreaIsAPlaceholderOrLeftForTheLivePage) {
 }
 
 TEST(SlidePainter, WebMessagesReadOnTheirBackgroundInEveryTheme) {
-    for (Theme theme : {Theme::clinical, Theme::editorial, Theme::monochrome, Theme::dark}) {
+    for (Theme theme : allCases<Theme>()) {
         const QuickLookTheme colours = QuickLookTheme::of(theme);
-        EXPECT_GE(contrastRatio(colours.webMessage, colours.mediaBackground), 4.5) << static_cast<int>(theme);
-        EXPECT_GE(contrastRatio(colours.webMessageDetail, colours.mediaBackground), 4.5) << static_cast<int>(theme);
+        EXPECT_GE(contrastRatio(colours.webMessage, colours.mediaBackground), 4.5) << enumName(theme);
+        EXPECT_GE(contrastRatio(colours.webMessageDetail, colours.mediaBackground), 4.5) << enumName(theme);
     }
 }
 
@@ -323,8 +300,7 @@ TEST(SlidePainter, CardsInAGridInLinkOrder) {
         SlidePaintOptions options;
         options.theme = theme;
         options.deckAccentHex = "#B91C1C";
-        Drawn drawn(slide, options);
-        drawn.save(std::string(enumName(theme)) + "-cards-9");
+        Drawn drawn(slide, options, std::string(enumName(theme)) + "-cards-9");
         auto cards = SlidePainter::geometry(slide, options).cards;
         ASSERT_EQ(cards.size(), 9u);
         for (std::size_t i = 0; i < 9; ++i) {
@@ -334,9 +310,7 @@ TEST(SlidePainter, CardsInAGridInLinkOrder) {
                 EXPECT_GT(r.x, cards[i - 1].second.x + cards[i - 1].second.width) << i;
                 EXPECT_EQ(r.y, cards[i - 1].second.y) << i;
             }
-            if (i >= 3) {
-                EXPECT_GT(r.y, cards[i - 3].second.y + cards[i - 3].second.height) << i;
-            }
+            if (i >= 3) { EXPECT_GT(r.y, cards[i - 3].second.y + cards[i - 3].second.height) << i; }
             EXPECT_LE(r.y + r.height, H - 24);
         }
         const Color accent = *Color::fromHex("#B91C1C");
@@ -368,15 +342,11 @@ TEST(SlidePainter, CardsMakeRoomForTheHeadingAndShowSubtitlesOnlyWhenAsked) {
     const double shortTop = SlidePainter::geometry(slide, options).cards[0].second.y;
     slide.title = "A much longer question that the audience has to read before it picks a card";
     slide.subtitle = "With a subtitle as well";
-    Drawn drawn(slide, options);
-    drawn.save("clinical-cards-long-title");
+    Drawn drawn(slide, options, "clinical-cards-long-title");
     auto cards = SlidePainter::geometry(slide, options).cards;
     EXPECT_GT(cards[0].second.y, shortTop + 40);
-    // Title ink sits above the cards only.
-    double gridTop = cards[0].second.y;
-    EXPECT_GT(drawn.count({0, 0, W, gridTop}, primary), 2000u);
-    const Rect& last = cards[3].second;
-    EXPECT_LE(last.y + last.height, H - 24);
+    EXPECT_GT(drawn.count({0, 0, W, cards[0].second.y}, primary), 2000u) << "the title above the cards";
+    EXPECT_LE(cards[3].second.y + cards[3].second.height, H - 24);
 
     auto subtitleInk = [&](const Drawn& d) {
         std::size_t n = 0;
@@ -389,8 +359,7 @@ TEST(SlidePainter, CardsMakeRoomForTheHeadingAndShowSubtitlesOnlyWhenAsked) {
     revealing.reveal = RevealMode::reveal;
     SlidePaintOptions step0;
     step0.reveal = {RevealMode::reveal, 0};
-    Drawn first(revealing, step0);
-    first.save("clinical-cards-reveal-first");
+    Drawn first(revealing, step0, "clinical-cards-reveal-first");
     auto places = SlidePainter::geometry(revealing, step0).cards;
     EXPECT_EQ(places, SlidePainter::geometry(revealing, options).cards);
     const Color stage = ThemeStyle::of(Theme::clinical).stageBackground;
@@ -407,7 +376,6 @@ TEST(SlidePainter, CardsMakeRoomForTheHeadingAndShowSubtitlesOnlyWhenAsked) {
     slide.showLinkSubtitles = false;
     Drawn hidden(slide, options);
     EXPECT_LT(subtitleInk(hidden) * 4, shown) << "only the edges of labels and arrows are grey";
-    EXPECT_EQ(slide.links[0].subtitle, "Goes somewhere");
 }
 
 TEST(SlidePainter, RevealedStepsKeepTheirPlaces) {
@@ -415,16 +383,13 @@ TEST(SlidePainter, RevealedStepsKeepTheirPlaces) {
     slide.title = "Three steps";
     slide.body = AttributedText("First point\nSecond point\n\nThird point after a gap");
     slide.reveal = RevealMode::reveal;
-    SlidePaintOptions all;
-    Drawn whole(slide, all);
     SlidePaintOptions options;
+    Drawn whole(slide, options);
     options.reveal = {RevealMode::reveal, 2};
-    Drawn allShown(slide, options);
-    EXPECT_TRUE(allShown.samePixels(whole)) << "the last step shows the slide as in mode all";
+    EXPECT_TRUE(Drawn(slide, options).samePixels(whole)) << "the last step shows the slide as in mode all";
 
     options.reveal.index = 0;
-    Drawn firstOnly(slide, options);
-    firstOnly.save("clinical-reveal-first-step");
+    Drawn firstOnly(slide, options, "clinical-reveal-first-step");
     const Color background = ThemeStyle::of(Theme::clinical).stageBackground;
     // Rows that hold anything but the background.
     auto inkRows = [&](const Drawn& d) {
@@ -435,20 +400,12 @@ TEST(SlidePainter, RevealedStepsKeepTheirPlaces) {
         return rows;
     };
     auto wholeRows = inkRows(whole), firstRows = inkRows(firstOnly);
-    int inkWhole = 0, inkFirst = 0;
-    for (int y = 0; y < 540; ++y) {
-        inkWhole += wholeRows[y];
-        inkFirst += firstRows[y];
-        if (firstRows[y]) {
-            EXPECT_TRUE(wholeRows[y]) << "row " << y << " moved";
-        }
-    }
-    EXPECT_LT(inkFirst, inkWhole - 20);
+    for (int y = 0; y < 540; ++y) EXPECT_TRUE(!firstRows[y] || wholeRows[y]) << "row " << y << " moved";
+    EXPECT_LT(std::count(firstRows.begin(), firstRows.end(), true), std::count(wholeRows.begin(), wholeRows.end(), true) - 20);
 
     // Half way through its animation a step is drawn, lighter and lower.
     options.stepAppearance = {1, 0.5, 0};
-    Drawn halfway(slide, options);
-    EXPECT_NE(inkRows(halfway), firstRows);
+    EXPECT_NE(inkRows(Drawn(slide, options)), firstRows);
 }
 
 TEST(SlidePainter, BodyListsHangAndLongBodiesShrinkToFit) {
@@ -457,8 +414,7 @@ TEST(SlidePainter, BodyListsHangAndLongBodiesShrinkToFit) {
         "\u2022 A bullet item long enough to wrap onto a second line of the slide, and then on a little further\n"
         "\t\u2022 An indented item");
     SlidePaintOptions options;
-    Drawn drawn(slide, options);
-    drawn.save("clinical-hanging-bullets");
+    Drawn drawn(slide, options, "clinical-hanging-bullets");
     const Color primary = ThemeStyle::of(Theme::clinical).primaryText;
     // Lines of ink from top to bottom, each with its leftmost inked point.
     std::vector<double> lefts;
@@ -466,13 +422,8 @@ TEST(SlidePainter, BodyListsHangAndLongBodiesShrinkToFit) {
     for (double y = 0; y < H; y += 0.5) {
         bool ink = drawn.count({0, y, W, 0.5}, primary, 0.2) > 0;
         if (ink && !inLine) lefts.push_back(W);
-        if (ink) {
-            for (double x = 0; x < lefts.back(); x += 0.5) {
-                if (near(drawn.at(x, y), primary, 0.2)) {
-                    lefts.back() = x;
-                    break;
-                }
-            }
+        for (double x = 0; ink && x < lefts.back(); x += 0.5) {
+            if (near(drawn.at(x, y), primary, 0.2)) lefts.back() = x;  // which also ends the loop
         }
         inLine = ink;
     }
@@ -484,40 +435,16 @@ TEST(SlidePainter, BodyListsHangAndLongBodiesShrinkToFit) {
     crowded.title = "Everything at once";
     for (int i = 0; i < 13; ++i) crowded.body.append("\u2022 Line " + std::to_string(i + 1) + " of a long body\n");
     crowded.body.append("The very last line");
-    Drawn shrunk(crowded, options);
-    shrunk.save("clinical-crowded-body");
+    Drawn shrunk(crowded, options, "clinical-crowded-body");
     EXPECT_EQ(shrunk.count({0, H - 40, W, 40}, primary, 0.3), 0u) << "the body stays above the bottom margin";
     EXPECT_GT(shrunk.count({0, H - 110, W, 70}, primary, 0.3), 50u) << "down to its last line";
 }
 
-// An overview tile is the stage slide made small: text wraps at the same
-// words at every size, so a quarter-size drawing matches the full-size one
-// averaged down, up to anti-aliasing.
-TEST(SlidePainter, SmallTilesLookLikeTheStage) {
-    auto deck = DeckPackage::read(fs::path(LECTERN_EXAMPLES_DIR) / "Welcome.lectern");
-    ASSERT_TRUE(deck.ok());
-    SlidePaintOptions options;
-    options.deckTitle = deck->title.value_or("");
-    for (const Slide& slide : deck->slides) {
-        Drawn large(slide, options), small(slide, options, 0.5);
-        double difference = 0;
-        for (double y = 0; y < H; y += 2) {
-            for (double x = 0; x < W; x += 2) {
-                Color mine = small.at(x, y), sum{0, 0, 0, 1};
-                for (double dy = 0; dy < 2; dy += 0.5) {
-                    for (double dx = 0; dx < 2; dx += 0.5) {
-                        Color c = large.at(x + dx, y + dy);
-                        sum = {sum.red + c.red / 16, sum.green + c.green / 16, sum.blue + c.blue / 16, 1};
-                    }
-                }
-                difference += std::abs(mine.red - sum.red) + std::abs(mine.green - sum.green) + std::abs(mine.blue - sum.blue);
-            }
-        }
-        EXPECT_LT(difference / (480 * 270 * 3), 0.01) << slide.title;
-    }
-}
-
-TEST(SlidePainter, WelcomeDeckInEveryTheme) {
+// The example deck in every theme; in the first, an overview tile is the
+// stage slide made small: text wraps at the same words at every size, so a
+// quarter-size drawing matches the full-size one averaged down, up to
+// anti-aliasing.
+TEST(SlidePainter, WelcomeDeckInEveryThemeAndAsSmallTiles) {
     auto deck = DeckPackage::read(fs::path(LECTERN_EXAMPLES_DIR) / "Welcome.lectern");
     ASSERT_TRUE(deck.ok());
     for (Theme theme : allCases<Theme>()) {
@@ -526,11 +453,26 @@ TEST(SlidePainter, WelcomeDeckInEveryTheme) {
         options.deckTitle = deck->title.value_or("");
         for (std::size_t i = 0; i < deck->slides.size(); ++i) {
             const Slide& slide = deck->slides[i];
-            Drawn drawn(slide, options);
-            drawn.save(std::string(enumName(theme)) + "-welcome-" + std::to_string(i + 1));
+            Drawn large(slide, options, std::string(enumName(theme)) + "-welcome-" + std::to_string(i + 1));
             if (slide.position != SlidePosition::full || (slide.layout != SlideLayout::image && slide.layout != SlideLayout::web)) {
-                EXPECT_TRUE(near(drawn.at(2, H - 2), ThemeStyle::of(theme).stageBackground)) << i + 1;
+                EXPECT_TRUE(near(large.at(2, H - 2), ThemeStyle::of(theme).stageBackground)) << i + 1;
             }
+            if (theme != Theme::clinical) continue;
+            Drawn small(slide, options, "", 0.5);
+            double difference = 0;
+            for (double y = 0; y < H; y += 2) {
+                for (double x = 0; x < W; x += 2) {
+                    Color mine = small.at(x, y), sum{0, 0, 0, 1};
+                    for (double dy = 0; dy < 2; dy += 0.5) {
+                        for (double dx = 0; dx < 2; dx += 0.5) {
+                            Color c = large.at(x + dx, y + dy);
+                            sum = {sum.red + c.red / 16, sum.green + c.green / 16, sum.blue + c.blue / 16, 1};
+                        }
+                    }
+                    difference += std::abs(mine.red - sum.red) + std::abs(mine.green - sum.green) + std::abs(mine.blue - sum.blue);
+                }
+            }
+            EXPECT_LT(difference / (480 * 270 * 3), 0.01) << slide.title;
         }
     }
 }
