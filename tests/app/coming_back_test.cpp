@@ -61,6 +61,10 @@ protected:
                 return Glib::wrap(provider);
             },
             false);
+        // A refused drag ends after its icon has flown back; until then it
+        // holds the pointer and keyboard of the whole display.
+        bool ended = false;
+        auto end = drag->signal_drag_end().connect([&](const Glib::RefPtr<Gdk::Drag>&, bool) { ended = true; });
         name.add_controller(drag);
         source.present();
         ASSERT_TRUE(pumpUntil([&] { return source.get_mapped(); }));
@@ -74,7 +78,8 @@ protected:
         }
         pumpFor(0.2);
         testing::runProgram({"xdotool", "mouseup", "1"});
-        pumpFor(0.3);
+        EXPECT_TRUE(pumpUntil([&] { return ended; }, 5));
+        end.disconnect();
         source.close();
     }
 };

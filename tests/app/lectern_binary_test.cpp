@@ -43,6 +43,7 @@ public:
         }
     }
     bool started() const { return pid_ > 0; }
+    GPid pid() const { return pid_; }
     // Ends it the hard way, as a crash would.
     void crash() {
         ::kill(pid_, SIGKILL);
@@ -68,10 +69,13 @@ private:
     bool exited_ = false;
 };
 
-// The X window of the program with this exact title, waiting for it.
-std::string findWindow(const std::string& title) {
+// The X window of the program with this exact title, waiting for it. Only
+// the program's own: the test process may have windows of the same name.
+std::string findWindow(const Program& program, const std::string& title) {
     std::string output;
-    runProgram({"timeout", "20", "xdotool", "search", "--sync", "--onlyvisible", "--name", "^" + title + "$"}, &output);
+    runProgram({"timeout", "20", "xdotool", "search", "--sync", "--onlyvisible", "--pid", std::to_string(program.pid()),
+                "--name", "^" + title + "$"},
+               &output);
     return output.substr(0, output.find('\n'));
 }
 
@@ -99,7 +103,7 @@ TEST(LecternProgram, OpensTheExampleDeckPresentsItAndQuits) {
     Program program({LECTERN_APP_PATH, (testing::examplesDir() / "Welcome.lectern" / "deck.json").string()},
                     config.path());
     ASSERT_TRUE(program.started());
-    std::string window = findWindow("Welcome to Lectern");
+    std::string window = findWindow(program, "Welcome to Lectern");
     ASSERT_FALSE(window.empty());
     testing::screenshot("program-01-opened");
 
@@ -118,7 +122,7 @@ TEST(LecternProgram, ShowsTheStartWindowWhenADeckDoesNotOpen) {
     testing::TempDir config;
     Program program({LECTERN_APP_PATH, (config.path() / "Missing.lectern").string()}, config.path());
     ASSERT_TRUE(program.started());
-    std::string window = findWindow("Lectern");
+    std::string window = findWindow(program, "Lectern");
     ASSERT_FALSE(window.empty());
     testing::screenshot("program-03-missing-deck");
     keys(window, {"ctrl+q"});
@@ -132,12 +136,12 @@ TEST(LecternProgram, ACrashWhileEditingADraftLosesNothing) {
     std::filesystem::copy(testing::examplesDir() / "Welcome.lectern", deck, std::filesystem::copy_options::recursive);
     Program program({LECTERN_APP_PATH, deck.string()}, home.path());
     ASSERT_TRUE(program.started());
-    std::string window = findWindow("Welcome to Lectern");
+    std::string window = findWindow(program, "Welcome to Lectern");
     ASSERT_FALSE(window.empty());
 
     // A new deck, its slide renamed, never saved; then the program dies.
     keys(window, {"ctrl+n"});
-    std::string draft = findWindow("Untitled Deck");
+    std::string draft = findWindow(program, "Untitled Deck");
     ASSERT_FALSE(draft.empty());
     keys(draft, {"F2", "ctrl+a", "I", "d", "e", "a", "Return"});
     std::this_thread::sleep_for(std::chrono::duration<double>(Autosaver::recoverySeconds + 2));
@@ -154,7 +158,7 @@ TEST(LecternProgram, ACrashWhileEditingADraftLosesNothing) {
 
     // Started again, the start window offers it.
     Program again({LECTERN_APP_PATH}, home.path());
-    std::string start = findWindow("Lectern");
+    std::string start = findWindow(again, "Lectern");
     ASSERT_FALSE(start.empty());
     testing::screenshot("program-04-recover");
     keys(start, {"ctrl+q"});
