@@ -68,50 +68,46 @@ public:
     // The first line on stdout, or nothing when none came within 10 seconds.
     std::optional<std::string> readyLine() {
         GDataInputStream* lines = g_data_input_stream_new(g_subprocess_get_stdout_pipe(process_));
-        std::optional<std::string> line;
-        bool done = false;
         struct Reading {
-            std::optional<std::string>* line;
-            bool* done;
-        } reading{&line, &done};
+            std::optional<std::string> line;
+            bool done = false;
+        } reading;
         g_data_input_stream_read_line_async(
             lines, G_PRIORITY_DEFAULT, nullptr,
             [](GObject* source, GAsyncResult* result, gpointer data) {
                 auto* reading = static_cast<Reading*>(data);
                 char* text = g_data_input_stream_read_line_finish(G_DATA_INPUT_STREAM(source), result, nullptr, nullptr);
-                if (text) *reading->line = text;
+                if (text) reading->line = text;
                 g_free(text);
-                *reading->done = true;
+                reading->done = true;
             },
             &reading);
-        const bool inTime = iterateUntil([&] { return done; }, 10000);
-        if (!inTime) iterateUntil([&] { return done; }, 1000);  // the pending read must not outlive `reading`
+        // The pending read must not outlive `reading`: a second, short wait.
+        if (!iterateUntil([&] { return reading.done; }, 10000)) iterateUntil([&] { return reading.done; }, 1000);
         g_object_unref(lines);
-        return line;
+        return reading.line;
     }
 
     // Everything on stderr until the program ends (at most 10 seconds).
     std::string stderrToEnd() {
-        std::string text;
-        bool done = false;
         struct Reading {
-            std::string* text;
-            bool* done;
-        } reading{&text, &done};
+            std::string text;
+            bool done = false;
+        } reading;
         g_subprocess_communicate_utf8_async(
             process_, nullptr, nullptr,
             [](GObject* source, GAsyncResult* result, gpointer data) {
                 auto* reading = static_cast<Reading*>(data);
                 char* err = nullptr;
                 g_subprocess_communicate_utf8_finish(G_SUBPROCESS(source), result, nullptr, &err, nullptr);
-                if (err) *reading->text = err;
+                if (err) reading->text = err;
                 g_free(err);
-                *reading->done = true;
+                reading->done = true;
             },
             &reading);
-        if (!iterateUntil([&] { return done; }, 10000)) g_subprocess_force_exit(process_);
-        iterateUntil([&] { return done; }, 2000);
-        return text;
+        if (!iterateUntil([&] { return reading.done; }, 10000)) g_subprocess_force_exit(process_);
+        iterateUntil([&] { return reading.done; }, 2000);
+        return reading.text;
     }
 
     // SIGTERM, then at most 5 seconds for the program to end.
@@ -210,6 +206,9 @@ public:
         return reply;
     }
     Reply get(const std::string& url, const std::string& cookie = "") { return fetch("GET", url, "", "", cookie); }
+    Reply postForm(const std::string& url, const std::string& form) {
+        return fetch("POST", url, form, "application/x-www-form-urlencoded");
+    }
 
 private:
     SoupSession* session_;
@@ -281,29 +280,27 @@ TEST(DemoSite, ServesPagesSignsInAndTakesOrders) {
     Client client;
 
     // The pages, and nothing they load comes from elsewhere.
-    Reply dashboard = client.get(site.url("/"));
-    EXPECT_EQ(dashboard.status, 200);
-    EXPECT_EQ(dashboard.contentType, "text/html; charset=utf-8");
-    EXPECT_NE(dashboard.body.find("<table id=\"orders\">"), std::string::npos);
-    for (const char* path : {"/", "/login", "/style.css", "/app.js", "/login.js"}) {
+    EXPECT_NE(client.get(site.url("/")).body.find("<table id=\"orders\">"), std::string::npos);
+    for (auto [path, type] : std::initializer_list<std::pair<const char*, const char*>>{
+             {"/", "text/html; charset=utf-8"}, {"/login", "text/html; charset=utf-8"}, {"/style.css", nullptr},
+             {"/app.js", "text/javascript; charset=utf-8"}, {"/login.js", nullptr}}) {
         Reply page = client.get(site.url(path));
         EXPECT_EQ(page.status, 200) << path;
+        if (type) { EXPECT_EQ(page.contentType, type) << path; }
         EXPECT_EQ(page.body.find("http:"), std::string::npos) << path;
         EXPECT_EQ(page.body.find("https:"), std::string::npos) << path;
     }
-    EXPECT_EQ(client.get(site.url("/app.js")).contentType, "text/javascript; charset=utf-8");
     // Nothing outside its folder: not the server's own source beside it, not the system's files.
     EXPECT_EQ(client.get(site.url("/%2e%2e/demo_site_server.cpp")).body.find("#include"), std::string::npos);
-    EXPECT_EQ(client.get(site.url("//etc/hostname")).status, 404);
-    EXPECT_EQ(client.get(site.url("/.hidden")).status, 404);
-    EXPECT_EQ(client.get(site.url("/api/nothing")).status, 404);
+    for (const char* missing : {"//etc/hostname", "/.hidden", "/api/nothing"}) {
+        EXPECT_EQ(client.get(site.url(missing)).status, 404) << missing;
+    }
 
     // Signing in: a cookie, and back to where the form said.
     Reply nobody = client.get(site.url("/api/me"));
     EXPECT_EQ(nobody.status, 401);
     EXPECT_EQ(nobody.data()["signedIn"], false);
-    Reply signIn = client.fetch("POST", site.url("/login"), "email=ada.park%40juniper.test&password=x&next=%2F%3Fview%3Dtoday",
-                                "application/x-www-form-urlencoded");
+    Reply signIn = client.postForm(site.url("/login"), "email=ada.park%40juniper.test&password=x&next=%2F%3Fview%3Dtoday");
     EXPECT_EQ(signIn.status, 303);
     EXPECT_EQ(signIn.location, "/?view=today");
     ASSERT_EQ(signIn.setCookie.rfind("larkspur_session=", 0), 0u) << signIn.setCookie;
@@ -315,10 +312,8 @@ TEST(DemoSite, ServesPagesSignsInAndTakesOrders) {
     EXPECT_EQ(me.data()["email"], "ada.park@juniper.test");
     EXPECT_EQ(client.get(site.url("/api/me"), cookie + "0").status, 401) << "a changed cookie is no sign-in";
     // Only back to this site; an incomplete form signs nobody in.
-    EXPECT_EQ(client.fetch("POST", site.url("/login"), "email=a%40b.test&password=x&next=%2F%2Felsewhere.test",
-                           "application/x-www-form-urlencoded").location, "/");
-    Reply empty = client.fetch("POST", site.url("/login"), "email=a%40b.test&password=&next=%2F",
-                               "application/x-www-form-urlencoded");
+    EXPECT_EQ(client.postForm(site.url("/login"), "email=a%40b.test&password=x&next=%2F%2Felsewhere.test").location, "/");
+    Reply empty = client.postForm(site.url("/login"), "email=a%40b.test&password=&next=%2F");
     EXPECT_EQ(empty.location.rfind("/login?error=1", 0), 0u) << empty.location;
     EXPECT_EQ(empty.setCookie, "");
 
@@ -383,9 +378,7 @@ TEST(DemoSite, DeckActionsChangeTheLivePage) {
     auto deck = DeckPackage::read(welcomeDeck());
     ASSERT_TRUE(deck.ok());
     Client client;
-    const std::string cookie = cookiePair(
-        client.fetch("POST", site.url("/login"), "email=ada.park%40juniper.test&password=x", "application/x-www-form-urlencoded")
-            .setCookie);
+    const std::string cookie = cookiePair(client.postForm(site.url("/login"), "email=ada.park%40juniper.test&password=x").setCookie);
     const auto equals = cookie.find('=');
     ASSERT_NE(equals, std::string::npos);
 
