@@ -487,7 +487,8 @@ int main(int argc, char** argv) {
         }
     }
     if (!std::filesystem::is_regular_file(root / "index.html")) {
-        std::fprintf(stderr, "lectern-demo-site: no index.html in %s\n", root.c_str());
+        std::fprintf(stderr, "lectern-demo-site: ");
+        std::fprintf(stderr, _("no index.html in %s\n"), root.c_str());
         return 1;
     }
 
@@ -502,8 +503,9 @@ int main(int argc, char** argv) {
     g_object_unref(address);
     g_object_unref(loopback);
     if (!listening) {
-        std::fprintf(stderr, "lectern-demo-site: cannot listen on 127.0.0.1:%d: %s\n", port,
-                     error ? error->message : "unknown error");
+        std::fprintf(stderr, "lectern-demo-site: ");
+        std::fprintf(stderr, _("cannot listen on 127.0.0.1:%d: %s\n"), port,
+                     error ? error->message : _("unknown error"));
         if (error) g_error_free(error);
         g_object_unref(server);
         return 1;

@@ -88,11 +88,13 @@ int exportDeck(const std::filesystem::path& package, const std::filesystem::path
 // "04  Pricing  redirected  Redirected to example.com/login"
 std::string reportLine(const WebSlideChecker::Entry& entry) {
     std::string line = WebSlideChecker::rowTitle(entry);
-    if (!entry.outcome) return line + "  not checked";
+    if (!entry.outcome) return line + "  " + C_("web check", "not checked");
     switch (entry.outcome->kind) {
-        case WebCheckOutcome::Kind::ok: line += "  ok"; break;
-        case WebCheckOutcome::Kind::redirected: line += "  redirected  "; break;
-        case WebCheckOutcome::Kind::failed: line += "  failed  "; break;
+        case WebCheckOutcome::Kind::ok: line += "  " + std::string(C_("web check", "ok")); break;
+        case WebCheckOutcome::Kind::redirected:
+            line += "  " + std::string(C_("web check", "redirected")) + "  ";
+            break;
+        case WebCheckOutcome::Kind::failed: line += "  " + std::string(C_("web check", "failed")) + "  "; break;
     }
     line += entry.outcome->text;
     return line;
@@ -111,7 +113,7 @@ int check(const std::filesystem::path& package, const CliWebEngineStarter& start
     std::unique_ptr<CliWebEngine> engine;
     if (anyToLoad) {
         if (!startWebEngine) {
-            err << "lectern-cli: no web engine to load pages with\n";
+            err << "lectern-cli: " << _("no web engine to load pages with") << "\n";
             return exitError;
         }
         auto started = startWebEngine();

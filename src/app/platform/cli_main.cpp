@@ -9,6 +9,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <glib/gi18n.h>
 #include <gtk/gtk.h>
 
 #include <chrono>
@@ -38,7 +39,7 @@ public:
     // Starts the server and returns its display name (":5").
     Result<std::string> start(const std::string& program) {
         int ready[2];
-        if (::pipe2(ready, O_CLOEXEC) != 0) return Error{"Could not start Xvfb"};
+        if (::pipe2(ready, O_CLOEXEC) != 0) return Error{_("Could not start Xvfb")};
         // Everything the child needs is made before fork: it only calls
         // what is safe after forking a process that may have threads.
         std::string fd = std::to_string(ready[1]);
@@ -49,7 +50,7 @@ public:
         if (child < 0) {
             ::close(ready[0]);
             ::close(ready[1]);
-            return Error{"Could not start Xvfb"};
+            return Error{_("Could not start Xvfb")};
         }
         if (child == 0) {
             ::prctl(PR_SET_PDEATHSIG, SIGTERM);
@@ -82,7 +83,7 @@ public:
         ::close(ready[0]);
         if (number.size() < 2 || number.back() != '\n') {
             stop();
-            return Error{"Xvfb did not start"};
+            return Error{_("Xvfb did not start")};
         }
         number.pop_back();
         std::string name = ":";
@@ -146,7 +147,7 @@ Result<std::unique_ptr<CliWebEngine>> startWebEngine() {
     if (startOnOwnDisplay()) return std::unique_ptr<CliWebEngine>(std::make_unique<WebKitCliEngine>());
 
     char* found = g_find_program_in_path("Xvfb");
-    if (!found) return Error{"No display to load web pages on: set DISPLAY, or install Xvfb"};
+    if (!found) return Error{_("No display to load web pages on: set DISPLAY, or install Xvfb")};
     std::string program = found;
     g_free(found);
     auto display = privateDisplay.start(program);
@@ -158,9 +159,7 @@ Result<std::unique_ptr<CliWebEngine>> startWebEngine() {
     g_setenv("WEBKIT_DISABLE_COMPOSITING_MODE", "1", TRUE);
     if (!gtk_init_check()) {
         privateDisplay.stop();
-        std::string message = "Could not open the private display ";
-        message += *display;
-        return Error{message};
+        return Error{formatText(_("Could not open the private display %s"), display->c_str())};
     }
     return std::unique_ptr<CliWebEngine>(std::make_unique<WebKitCliEngine>());
 }

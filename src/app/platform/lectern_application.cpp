@@ -11,6 +11,7 @@
 #include "app/platform/lectern_settings.h"
 #include "app/platform/soup_feed_fetcher.h"
 #include "base/install_layout.h"
+#include "base/translation.h"
 #include "present/platform/deck_commands.h"
 #include "editor/platform/deck_window.h"
 #include "base/platform/gobject_ref.h"
@@ -290,7 +291,8 @@ DeckWindow* LecternApplication::recover(const std::string& deckId) {
         if (entry.deckId.string() != deckId) continue;
         auto deck = recoveryStore_.read(entry);
         if (!deck) {
-            showError("Couldn\u2019t recover \u201c" + entry.title + "\u201d: " + deck.error().message);
+            showError(formatText(_("Couldn\u2019t recover \u201c%s\u201d: %s"), entry.title.c_str(),
+                                 deck.error().message.c_str()));
             return nullptr;
         }
         // A deck that is open already keeps its window; the copy stays.
@@ -303,7 +305,7 @@ DeckWindow* LecternApplication::recover(const std::string& deckId) {
         }
         return openDeck(std::move(deck).value(), entry.package, true);
     }
-    showError("There is nothing left to recover for this deck.");
+    showError(_("There is nothing left to recover for this deck."));
     return nullptr;
 }
 
@@ -329,14 +331,15 @@ std::string LecternApplication::openErrorMessage(const std::filesystem::path& pa
     switch (error.kind) {
     case ErrorKind::fileReadNoSuchFile: {
         std::error_code ignored;
-        reason = std::filesystem::exists(package, ignored) ? "it has no readable deck.json" : "there is no such deck";
+        reason = std::filesystem::exists(package, ignored) ? _("it has no readable deck.json") : _("there is no such deck");
         break;
     }
-    case ErrorKind::fileReadCorruptFile: reason = "it isn\u2019t a deck folder"; break;
-    case ErrorKind::decoding: reason = "its deck.json can\u2019t be read"; break;
+    case ErrorKind::fileReadCorruptFile: reason = _("it isn\u2019t a deck folder"); break;
+    case ErrorKind::decoding: reason = _("its deck.json can\u2019t be read"); break;
     default: reason = error.message; break;
     }
-    return "Couldn\u2019t open \u201c" + name + "\u201d: " + reason;
+    // TRANSLATORS: the deck's folder name, then why it could not be opened.
+    return formatText(_("Couldn\u2019t open \u201c%s\u201d: %s"), name.c_str(), reason.c_str());
 }
 
 void LecternApplication::showOpenDialog() {
@@ -346,8 +349,8 @@ void LecternApplication::showOpenDialog() {
     }
     Gtk::Window* parent = get_active_window();
     if (!parent) parent = &startWindow();
-    openDialog_ = Gtk::FileChooserNative::create("Open Deck", *parent, Gtk::FileChooser::Action::SELECT_FOLDER,
-                                                 "_Open", "_Cancel");
+    openDialog_ = Gtk::FileChooserNative::create(_("Open Deck"), *parent, Gtk::FileChooser::Action::SELECT_FOLDER,
+                                                 _("_Open"), _("_Cancel"));
     openDialog_->set_modal(true);
     openDialog_->signal_response().connect([this](int response) {
         auto dialog = std::exchange(openDialog_, {});
@@ -355,7 +358,7 @@ void LecternApplication::showOpenDialog() {
         if (auto file = dialog->get_file()) {
             std::string path = file->get_path();
             if (path.empty()) {
-                showError("Only decks on this computer can be opened.");
+                showError(_("Only decks on this computer can be opened."));
             } else {
                 openDeck(std::filesystem::path(path));
             }

@@ -1,10 +1,12 @@
 #include "app/platform/start_window.h"
 
 #include <glib.h>
+#include <glib/gi18n.h>
 
 #include <algorithm>
 #include <tuple>
 
+#include "base/translation.h"
 #include "editor/platform/deck_drop_target.h"
 
 namespace lectern {
@@ -44,13 +46,17 @@ std::string whenText(std::int64_t unix) {
         return std::tuple{g_date_time_get_year(time), g_date_time_get_day_of_year(time)};
     };
     GDateTime* yesterday = g_date_time_add_days(now, -1);
-    const char* format = "%-d %B %Y";
+    // TRANSLATORS: when a recovered deck was last saved (see g_date_time_format).
+    const char* format = _("%-d %B %Y");
     if (dayOf(then) == dayOf(now)) {
-        format = "Today at %H:%M";
+        // TRANSLATORS: see g_date_time_format.
+        format = _("Today at %H:%M");
     } else if (dayOf(then) == dayOf(yesterday)) {
-        format = "Yesterday at %H:%M";
+        // TRANSLATORS: see g_date_time_format.
+        format = _("Yesterday at %H:%M");
     } else if (g_date_time_get_year(then) == g_date_time_get_year(now)) {
-        format = "%-d %B at %H:%M";
+        // TRANSLATORS: see g_date_time_format.
+        format = _("%-d %B at %H:%M");
     }
     char* formatted = g_date_time_format(then, format);
     std::string text = formatted ? formatted : "";
@@ -74,14 +80,14 @@ GtkWidget* pillButton(const char* label, const char* action, bool suggested) {
 Glib::RefPtr<Gio::Menu> startMenu() {
     auto menu = Gio::Menu::create();
     auto open = Gio::Menu::create();
-    open->append("New Deck", "app.new-deck");
-    open->append("Open…", "app.open");
-    open->append("Open the Example Deck", "app.open-example");
+    open->append(_("New Deck"), "app.new-deck");
+    open->append(_("Open…"), "app.open");
+    open->append(_("Open the Example Deck"), "app.open-example");
     menu->append_section(open);
     auto app = Gio::Menu::create();
-    app->append("Preferences", "app.preferences");
-    app->append("Check for Updates…", "app.check-for-updates");
-    app->append("About Lectern", "app.about");
+    app->append(_("Preferences"), "app.preferences");
+    app->append(_("Check for Updates…"), "app.check-for-updates");
+    app->append(_("About Lectern"), "app.about");
     menu->append_section(app);
     return menu;
 }
@@ -126,8 +132,8 @@ StartWindow::StartWindow(RecoveriesSource recoveries) : recoveries_(std::move(re
     menuButton->set_icon_name("open-menu-symbolic");
     menuButton->set_menu_model(startMenu());
     menuButton->set_primary(true);
-    menuButton->set_tooltip_text("Main Menu");
-    nameFor(GTK_WIDGET(menuButton->gobj()), "Main Menu");
+    menuButton->set_tooltip_text(_("Main Menu"));
+    nameFor(GTK_WIDGET(menuButton->gobj()), _("Main Menu"));
     adw_header_bar_pack_end(ADW_HEADER_BAR(header), GTK_WIDGET(menuButton->gobj()));
     adw_header_bar_set_title_widget(ADW_HEADER_BAR(header), adw_window_title_new("Lectern", ""));
 
@@ -135,9 +141,9 @@ StartWindow::StartWindow(RecoveriesSource recoveries) : recoveries_(std::move(re
     GtkWidget* buttons = gtk_box_new(GTK_ORIENTATION_VERTICAL, 12);
     gtk_box_set_homogeneous(GTK_BOX(buttons), true);
     gtk_widget_set_halign(buttons, GTK_ALIGN_CENTER);
-    gtk_box_append(GTK_BOX(buttons), pillButton("_New Deck", "app.new-deck", true));
-    gtk_box_append(GTK_BOX(buttons), pillButton("_Open…", "app.open", false));
-    gtk_box_append(GTK_BOX(buttons), pillButton("Open the _Example Deck", "app.open-example", false));
+    gtk_box_append(GTK_BOX(buttons), pillButton(_("_New Deck"), "app.new-deck", true));
+    gtk_box_append(GTK_BOX(buttons), pillButton(_("_Open…"), "app.open", false));
+    gtk_box_append(GTK_BOX(buttons), pillButton(_("Open the _Example Deck"), "app.open-example", false));
 
     lists_ = Gtk::make_managed<Gtk::Box>(Gtk::Orientation::VERTICAL, 24);
     GtkWidget* clamp = adw_clamp_new();
@@ -152,8 +158,8 @@ StartWindow::StartWindow(RecoveriesSource recoveries) : recoveries_(std::move(re
     adw_status_page_set_icon_name(ADW_STATUS_PAGE(status), "x-office-presentation-symbolic");
     adw_status_page_set_title(ADW_STATUS_PAGE(status), "Lectern");
     adw_status_page_set_description(ADW_STATUS_PAGE(status),
-                                    "A deck is a folder whose name ends in .lectern, "
-                                    "holding its slides, notes and pictures.");
+                                    _("A deck is a folder whose name ends in .lectern, "
+                                      "holding its slides, notes and pictures."));
     adw_status_page_set_child(ADW_STATUS_PAGE(status), body);
     // A smaller picture, so that the lists below start within sight.
     gtk_widget_add_css_class(status, "compact");
@@ -196,25 +202,25 @@ void StartWindow::refresh() {
 
 GtkWidget* StartWindow::recoveredGroup(const std::vector<RecoveryEntry>& entries) {
     GtkWidget* group = adw_preferences_group_new();
-    adw_preferences_group_set_title(ADW_PREFERENCES_GROUP(group), "Recovered Decks");
+    adw_preferences_group_set_title(ADW_PREFERENCES_GROUP(group), _("Recovered Decks"));
     adw_preferences_group_set_description(ADW_PREFERENCES_GROUP(group),
-                                          "Changes that were not saved when Lectern last stopped.");
+                                          _("Changes that were not saved when Lectern last stopped."));
     for (const auto& entry : entries) {
-        std::string where = entry.package ? displayFolder(*entry.package) : "never saved";
+        std::string where = entry.package ? displayFolder(*entry.package) : _("never saved");
         GtkWidget* row = plainRow(entry.title, whenText(entry.savedAtUnix) + " \u00b7 " + where);
         nameFor(row, entry.title + ", " + whenText(entry.savedAtUnix) + ", " + where);
 
         const std::string id = entry.deckId.string();
-        GtkWidget* discard = gtk_button_new_with_label("Discard");
+        GtkWidget* discard = gtk_button_new_with_label(_("Discard"));
         setTarget(discard, "app.discard-recovery", id);
         gtk_widget_add_css_class(discard, "flat");
         gtk_widget_set_valign(discard, GTK_ALIGN_CENTER);
-        nameFor(discard, "Discard \u201c" + entry.title + "\u201d");
-        GtkWidget* recover = gtk_button_new_with_label("Recover");
+        nameFor(discard, formatText(_("Discard \u201c%s\u201d"), entry.title.c_str()));
+        GtkWidget* recover = gtk_button_new_with_label(_("Recover"));
         setTarget(recover, "app.recover", id);
         gtk_widget_add_css_class(recover, "suggested-action");
         gtk_widget_set_valign(recover, GTK_ALIGN_CENTER);
-        nameFor(recover, "Recover \u201c" + entry.title + "\u201d");
+        nameFor(recover, formatText(_("Recover \u201c%s\u201d"), entry.title.c_str()));
         adw_action_row_add_suffix(ADW_ACTION_ROW(row), discard);
         adw_action_row_add_suffix(ADW_ACTION_ROW(row), recover);
         adw_preferences_group_add(ADW_PREFERENCES_GROUP(group), row);
@@ -224,7 +230,7 @@ GtkWidget* StartWindow::recoveredGroup(const std::vector<RecoveryEntry>& entries
 
 GtkWidget* StartWindow::recentGroup(const std::vector<RecentDeck>& decks) {
     GtkWidget* group = adw_preferences_group_new();
-    adw_preferences_group_set_title(ADW_PREFERENCES_GROUP(group), "Recent Decks");
+    adw_preferences_group_set_title(ADW_PREFERENCES_GROUP(group), _("Recent Decks"));
     for (const auto& deck : decks) {
         std::string name = deck.package.stem().string();
         std::string folder = displayFolder(deck.package.parent_path());
