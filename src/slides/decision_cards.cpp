@@ -1,5 +1,7 @@
 #include "slides/decision_cards.h"
 
+#include <glib/gi18n.h>
+
 #include <algorithm>
 
 namespace lectern {
@@ -17,7 +19,7 @@ std::optional<std::size_t> indexOf(const std::vector<SlideLink>& links, const Uu
 std::vector<SlideLink> DecisionCards::addOption(std::vector<SlideLink> links) {
     if (!canAddOption(links)) return links;
     SlideLink link;
-    link.label = newOptionLabel;
+    link.label = _(newOptionLabel);
     links.push_back(std::move(link));
     return links;
 }

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <glib/gi18n.h>
+
 #include <cstddef>
 #include <optional>
 #include <string>
@@ -22,7 +24,7 @@ struct LinkRevealDropTarget {
 class DecisionCards {
 public:
     static constexpr std::size_t maxOptions = 9;
-    static constexpr const char* newOptionLabel = "New option";
+    static constexpr const char* newOptionLabel = N_("New option");
 
     // "Add option" is offered only below nine cards.
     static bool canAddOption(const std::vector<SlideLink>& links) { return links.size() < maxOptions; }

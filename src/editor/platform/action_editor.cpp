@@ -170,7 +170,7 @@ void ActionEditor::build() {
     // Behavior.
     auto* behavior = actionFormCard();
     appendToCard(*behavior,
-                 *actionFormSwitch("Reload live view on success",
+                 *actionFormSwitch(_("Reload live view on success"),
                                    _("Refresh the slide's web page after the action succeeds"), reload_));
     reload_.property_active().signal_changed().connect([this] {
         bool on = reload_.get_active();
@@ -273,7 +273,7 @@ Gtk::Widget* ActionEditor::buildRequestSections() {
         change(_("Typing"), [text](SlideAction& a) { a.request.body = text; }, "action-body");
     };
     sections->append(
-        *actionFormSection("Body", body_, "Sent as application/json unless a Content-Type header is set."));
+        *actionFormSection(_("Body"), body_, _("Sent as application/json unless a Content-Type header is set.")));
 
     auto* cookies = actionFormCard();
     appendToCard(*cookies, *actionFormSwitch(_("Send profile cookies"),

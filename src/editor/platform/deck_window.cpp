@@ -1,8 +1,10 @@
 #include "editor/platform/deck_window.h"
 
 #include <glib.h>
+#include <glib/gi18n.h>
 
 #include "base/platform/accessible.h"
+#include "base/translation.h"
 #include "editor/platform/body_editor.h"
 #include "editor/platform/body_field.h"
 #include "editor/platform/deck_drop_target.h"
@@ -71,7 +73,7 @@ DeckWindow::DeckWindow(Scheduler& scheduler, PreferencesStore& preferences, std:
     saveFailedConnection_ = autosaver_->failed().connect([this](const Error& error) {
         // The old package stays whole when a save fails; the change stays
         // here and in the recovery copy, and the next save tries again.
-        showToast("Couldn’t save the deck: " + error.message);
+        showToast(formatText(_("Couldn’t save the deck: %s"), error.message.c_str()));
     });
     state_->setWindow(this);
     set_title(windowTitle());
@@ -182,14 +184,14 @@ void DeckWindow::sizeToScreen() {
 std::string DeckWindow::windowTitle() const {
     if (deck().title && !deck().title->empty()) return *deck().title;
     if (package()) return package()->stem().string();
-    return "Untitled Deck";
+    return _("Untitled Deck");
 }
 
 void DeckWindow::refreshTitle() {
     std::string title = windowTitle();
     set_title(title);
     // The subtitle names the package; a draft says so.
-    std::string subtitle = package() ? package()->filename().string() : "Draft";
+    std::string subtitle = package() ? package()->filename().string() : _("Draft");
     adw_window_title_set_title(title_.get(), title.c_str());
     adw_window_title_set_subtitle(title_.get(), subtitle.c_str());
 }
@@ -348,18 +350,21 @@ void DeckWindow::refreshChrome() {
     gtk_widget_set_visible(header_.get(), editor);
     layout_->refreshChrome(sidebarVisible_);
     stage_->refreshChrome();
-    notesToggle_->set_tooltip_text(state_->notesHidden() ? "Show Presenter Notes (Alt+Ctrl+I)"
-                                                         : "Hide Presenter Notes (Alt+Ctrl+I)");
+    notesToggle_->set_tooltip_text(state_->notesHidden() ? _("Show Presenter Notes (Alt+Ctrl+I)")
+                                                         : _("Hide Presenter Notes (Alt+Ctrl+I)"));
     // "Show sidebar" while the navigator is hidden.
-    const char* sidebar = sidebarVisible_ ? "Hide sidebar" : "Show sidebar";
-    sidebarToggle_->set_tooltip_text(std::string(sidebar) + " (F9)");
+    const char* sidebar = sidebarVisible_ ? _("Hide sidebar") : _("Show sidebar");
+    sidebarToggle_->set_tooltip_text(sidebarVisible_ ? _("Hide sidebar (F9)") : _("Show sidebar (F9)"));
     setAccessibleLabel(*sidebarToggle_, sidebar);
     if (editor) remove_css_class("stage-only"); else add_css_class("stage-only");
 }
 
 void DeckWindow::refreshCounter() {
     auto count = static_cast<std::int64_t>(deck().slides.size());
-    counter_->set_text(count == 0 ? "No slides" : std::to_string(state_->current() + 1) + " / " + std::to_string(count));
+    // TRANSLATORS: the current slide's number, then how many there are.
+    counter_->set_text(count == 0 ? std::string(_("No slides"))
+                                  : formatText(_("%lld / %lld"), static_cast<long long>(state_->current() + 1),
+                                               static_cast<long long>(count)));
 }
 
 void DeckWindow::refreshPresenterPanel() {

@@ -5,7 +5,10 @@
 
 #include <algorithm>
 
+#include <glib/gi18n.h>
+
 #include "base/platform/accessible.h"
+#include "base/translation.h"
 #include "editor/command_states.h"
 #include "editor/deck_edits.h"
 #include "editor/platform/deck_window.h"
@@ -89,7 +92,7 @@ void DeckWindow::buildActions() {
         }
     });
     auto zoomTo = [this](std::function<double(double)> zoom) {
-        editor_->editCurrentSlide("Change Page Zoom", [zoom](Slide& slide) {
+        editor_->editCurrentSlide(_("Change Page Zoom"), [zoom](Slide& slide) {
             if (slide.layout == SlideLayout::web) slide.webZoom = zoom(slide.webZoom);
         });
     };
@@ -98,7 +101,7 @@ void DeckWindow::buildActions() {
     add("actual-size", [zoomTo] { zoomTo([](double) { return 1.0; }); });
     add("clear-shared-web-session", [this] {
         WebServices::shared().profileStores(preferences_).clearSharedSession();
-        showToast("Shared web session cleared");
+        showToast(_("Shared web session cleared"));
         // Pages loaded ahead were discarded: load the wanted ones again.
         stage_->refreshWebPage();
     });
@@ -115,7 +118,7 @@ void DeckWindow::buildActions() {
     addWithText("save-to", [this](const std::string& path) {
         std::filesystem::path package = path;
         if (package.empty() || !package.is_absolute()) {
-            showToast("Save needs the full path of a .lectern folder.");
+            showToast(_("Save needs the full path of a .lectern folder."));
             return;
         }
         if (package.extension() != ".lectern") package += ".lectern";
@@ -125,13 +128,13 @@ void DeckWindow::buildActions() {
     addWithText("add-slide", [this](const std::string& name) {
         auto layout = enumFromName<SlideLayout>(name);
         if (!layout) {
-            showToast("There is no slide layout called “" + name + "”.");
+            showToast(formatText(_("There is no slide layout called “%s”."), name.c_str()));
             return;
         }
         Slide slide = Slide::make(*layout);
         Uuid id = slide.id;
         std::size_t index = edits::insertionIndex(deck(), state_->current());
-        editor_->edit("New Slide", [&](Deck deck) { return edits::insertSlide(std::move(deck), index, slide); }, {},
+        editor_->edit(_("New Slide"), [&](Deck deck) { return edits::insertSlide(std::move(deck), index, slide); }, {},
                       id);
     });
     auto onCurrent = [this](const char* label, std::function<Deck(Deck, std::size_t)> change,
@@ -144,25 +147,27 @@ void DeckWindow::buildActions() {
         editor_->edit(label, [&](Deck) { return changed; }, {}, shown);
     };
     add("duplicate-slide", [onCurrent] {
-        onCurrent("Duplicate Slide", [](Deck deck, std::size_t i) { return edits::duplicateSlide(std::move(deck), i); },
+        onCurrent(_("Duplicate Slide"),
+                  [](Deck deck, std::size_t i) { return edits::duplicateSlide(std::move(deck), i); },
                   [](const Deck& deck, std::size_t i) { return std::optional(deck.slides[i + 1].id); });
     });
     add("move-slide-up", [onCurrent] {
-        onCurrent("Move Slide", [](Deck deck, std::size_t i) {
+        onCurrent(_("Move Slide"), [](Deck deck, std::size_t i) {
             return i == 0 ? deck : edits::moveSlide(std::move(deck), i, i - 1);
         });
     });
     add("move-slide-down", [onCurrent] {
-        onCurrent("Move Slide", [](Deck deck, std::size_t i) { return edits::moveSlide(std::move(deck), i, i + 1); });
+        onCurrent(_("Move Slide"),
+                  [](Deck deck, std::size_t i) { return edits::moveSlide(std::move(deck), i, i + 1); });
     });
     add("toggle-skip", [onCurrent] {
-        onCurrent("Skip in Presentation", [](Deck deck, std::size_t i) {
+        onCurrent(_("Skip in Presentation"), [](Deck deck, std::size_t i) {
             Uuid id = deck.slides[i].id;
             return edits::toggleSkip(std::move(deck), id);
         });
     });
     add("remove-section", [onCurrent] {
-        onCurrent("Remove Section", [](Deck deck, std::size_t i) {
+        onCurrent(_("Remove Section"), [](Deck deck, std::size_t i) {
             Uuid id = deck.slides[i].id;
             return edits::removeSection(std::move(deck), id);
         });
@@ -170,14 +175,14 @@ void DeckWindow::buildActions() {
     // The keyboard's way to make a section: the slide joins the one above
     // it, or the two open a new section, as a drop on that row does.
     add("group-with-previous", [onCurrent] {
-        onCurrent("Group Slides", [](Deck deck, std::size_t i) {
+        onCurrent(_("Group Slides"), [](Deck deck, std::size_t i) {
             if (i == 0) return deck;
             Uuid slide = deck.slides[i].id, above = deck.slides[i - 1].id;
             return edits::groupSlides(std::move(deck), slide, above);
         });
     });
     add("remove-from-section", [onCurrent] {
-        onCurrent("Remove from Section", [](Deck deck, std::size_t i) {
+        onCurrent(_("Remove from Section"), [](Deck deck, std::size_t i) {
             Uuid id = deck.slides[i].id;
             return edits::removeFromSection(std::move(deck), id);
         });
@@ -186,7 +191,7 @@ void DeckWindow::buildActions() {
         auto layout = enumFromName<SlideLayout>(name);
         auto id = editor_->currentSlideId();
         if (!layout || !id) return;
-        editor_->edit("Change Layout", [&](Deck deck) { return edits::setLayout(std::move(deck), *id, *layout); });
+        editor_->edit(_("Change Layout"), [&](Deck deck) { return edits::setLayout(std::move(deck), *id, *layout); });
     });
     add("rename-slide", [this] {
         if (auto id = editor_->currentSlideId()) {
@@ -217,13 +222,15 @@ void DeckWindow::updateActions() {
 
 void DeckWindow::refreshUndoLabels() {
     // "Undo Move Slide": the menu says what it takes back.
-    std::string undo = document_->canUndo() ? "Undo " + document_->undoLabel() : "Undo";
-    std::string redo = document_->canRedo() ? "Redo " + document_->redoLabel() : "Redo";
+    // The labels are translated where each edit names itself.
+    const bool canUndo = document_->canUndo(), canRedo = document_->canRedo();
+    const std::string undoLabel = document_->undoLabel(), redoLabel = document_->redoLabel();
     editMenu_->remove_all();
-    editMenu_->append(undo, "win.undo");
-    editMenu_->append(redo, "win.redo");
-    undoButton_->set_tooltip_text(undo + " (Ctrl+Z)");
-    redoButton_->set_tooltip_text(redo + " (Ctrl+Shift+Z)");
+    editMenu_->append(canUndo ? formatText(_("Undo %s"), undoLabel.c_str()) : _("Undo"), "win.undo");
+    editMenu_->append(canRedo ? formatText(_("Redo %s"), redoLabel.c_str()) : _("Redo"), "win.redo");
+    undoButton_->set_tooltip_text(canUndo ? formatText(_("Undo %s (Ctrl+Z)"), undoLabel.c_str()) : _("Undo (Ctrl+Z)"));
+    redoButton_->set_tooltip_text(canRedo ? formatText(_("Redo %s (Ctrl+Shift+Z)"), redoLabel.c_str())
+                                          : _("Redo (Ctrl+Shift+Z)"));
 }
 
 GtkWidget* DeckWindow::buildHeaderBar() {
@@ -240,8 +247,8 @@ GtkWidget* DeckWindow::buildHeaderBar() {
     sidebarToggle_->set_icon_name("sidebar-show-symbolic");
     sidebarToggle_->set_action_name("win.toggle-sidebar");
     packStart(*sidebarToggle_);
-    undoButton_ = iconButton("edit-undo-symbolic", "Undo", "Undo (Ctrl+Z)", "win.undo");
-    redoButton_ = iconButton("edit-redo-symbolic", "Redo", "Redo (Ctrl+Shift+Z)", "win.redo");
+    undoButton_ = iconButton("edit-undo-symbolic", _("Undo"), _("Undo (Ctrl+Z)"), "win.undo");
+    redoButton_ = iconButton("edit-redo-symbolic", _("Redo"), _("Redo (Ctrl+Shift+Z)"), "win.redo");
     auto* history = Gtk::make_managed<Gtk::Box>(Gtk::Orientation::HORIZONTAL);
     history->add_css_class("linked");
     history->append(*undoButton_);
@@ -249,9 +256,10 @@ GtkWidget* DeckWindow::buildHeaderBar() {
     packStart(*history);
     auto* navigation = Gtk::make_managed<Gtk::Box>(Gtk::Orientation::HORIZONTAL);
     navigation->add_css_class("linked");
-    navigation->append(*iconButton("go-previous-symbolic", "Previous Slide", "Previous Slide (Ctrl+Left)",
+    navigation->append(*iconButton("go-previous-symbolic", _("Previous Slide"), _("Previous Slide (Ctrl+Left)"),
                                    "win.previous-slide"));
-    navigation->append(*iconButton("go-next-symbolic", "Next Slide", "Next Slide (Ctrl+Right)", "win.next-slide"));
+    navigation->append(
+        *iconButton("go-next-symbolic", _("Next Slide"), _("Next Slide (Ctrl+Right)"), "win.next-slide"));
     packStart(*navigation);
     counter_ = Gtk::make_managed<Gtk::Label>();
     counter_->add_css_class("numeric");
@@ -270,30 +278,30 @@ GtkWidget* DeckWindow::buildHeaderBar() {
     auto presentationMenu = Gio::Menu::create();
     for (const auto& command : presentationCommands()) presentationMenu->append(command.title, command.action);
     auto menusSection = Gio::Menu::create();
-    menusSection->append_submenu("Slide", slideMenu);
-    menusSection->append_submenu("Presentation", presentationMenu);
+    menusSection->append_submenu(_("Slide"), slideMenu);
+    menusSection->append_submenu(_("Presentation"), presentationMenu);
     menu->append_section(menusSection);
     auto appSection = Gio::Menu::create();
-    appSection->append("Preferences", "app.preferences");
-    appSection->append("Keyboard Shortcuts", "win.show-help-overlay");
-    appSection->append("Check for Updates…", "app.check-for-updates");
-    appSection->append("About Lectern", "app.about");
+    appSection->append(_("Preferences"), "app.preferences");
+    appSection->append(_("Keyboard Shortcuts"), "win.show-help-overlay");
+    appSection->append(_("Check for Updates…"), "app.check-for-updates");
+    appSection->append(_("About Lectern"), "app.about");
     menu->append_section(appSection);
     auto* menuButton = Gtk::make_managed<Gtk::MenuButton>();
     menuButton->set_icon_name("open-menu-symbolic");
     menuButton->set_menu_model(menu);
     menuButton->set_primary(true);
-    menuButton->set_tooltip_text("Main Menu");
-    setAccessibleLabel(*menuButton, "Main Menu");
+    menuButton->set_tooltip_text(_("Main Menu"));
+    setAccessibleLabel(*menuButton, _("Main Menu"));
     packEnd(*menuButton);
 
     auto* present = Gtk::make_managed<Gtk::Button>();
     GtkWidget* presentContent = adw_button_content_new();
     adw_button_content_set_icon_name(ADW_BUTTON_CONTENT(presentContent), "media-playback-start-symbolic");
-    adw_button_content_set_label(ADW_BUTTON_CONTENT(presentContent), "Present");
+    adw_button_content_set_label(ADW_BUTTON_CONTENT(presentContent), _("Present"));
     gtk_button_set_child(present->gobj(), presentContent);
     present->set_action_name("win.present");
-    present->set_tooltip_text("Present (Ctrl+Shift+P)");
+    present->set_tooltip_text(_("Present (Ctrl+Shift+P)"));
     present->add_css_class("suggested-action");
     packEnd(*present);
 
@@ -306,11 +314,11 @@ GtkWidget* DeckWindow::buildHeaderBar() {
         packEnd(*button);
         return button;
     };
-    toggle("video-display-symbolic", "Presenter Display", "Toggle Presenter Display (Alt+Ctrl+P)",
+    toggle("video-display-symbolic", _("Presenter Display"), _("Toggle Presenter Display (Alt+Ctrl+P)"),
            "win.toggle-presenter-display");
-    notesToggle_ = toggle("format-justify-left-symbolic", "Presenter Notes", "Show Presenter Notes (Alt+Ctrl+I)",
+    notesToggle_ = toggle("format-justify-left-symbolic", _("Presenter Notes"), _("Show Presenter Notes (Alt+Ctrl+I)"),
                           "win.toggle-notes");
-    toggle("view-grid-symbolic", "Overview", "Overview (Escape)", "win.overview");
+    toggle("view-grid-symbolic", _("Overview"), _("Overview (Escape)"), "win.overview");
     return header;
 }
 
