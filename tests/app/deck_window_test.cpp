@@ -47,6 +47,14 @@ SlideAction refusedRequest(std::string name, bool autoRun) {
     return action;
 }
 
+// A deck of one text slide with these actions.
+Deck oneSlide(std::string title, std::vector<SlideAction> actions = {}) {
+    Deck deck;
+    deck.slides.push_back(textSlide(std::move(title)));
+    deck.slides[0].actions = std::move(actions);
+    return deck;
+}
+
 // The consent sheet has left the screen (it goes shortly after its answer).
 bool noSheetOnScreen() {
     for (auto* toplevel : Gtk::Window::list_toplevels()) {
@@ -57,11 +65,17 @@ bool noSheetOnScreen() {
 
 class DeckWindowTest : public testing::WindowTest {
 protected:
-    // Stops presenting without asking about actions: the sheet is answered
-    // "Present Without Them" if it comes up.
+    // Answers the consent sheet "Present Without Them" if it came up.
     static void declineIfAsked(DeckWindow& window) {
         if (window.trustReview()) adw_message_dialog_response(window.trustReview(), "decline");
         EXPECT_TRUE(pumpUntil(noSheetOnScreen));
+    }
+    // A window presenting the deck, its actions declined.
+    DeckWindow& present(Deck deck) {
+        DeckWindow& window = open(std::move(deck));
+        window.state().togglePresenting();
+        declineIfAsked(window);
+        return window;
     }
 };
 
@@ -109,20 +123,13 @@ TEST_F(DeckWindowTest, PresentingTheWelcomeDeckWithRealKeys) {
     pressKeys(window, {"Right", "Right"});
     EXPECT_EQ(state.current(), 2);
 
-    // A presenter remote: Space and Page Down forward, Page Up back.
-    pressKeys(window, {"space"});
-    EXPECT_EQ(state.current(), 3);
-    pressKeys(window, {"Prior"});
-    EXPECT_EQ(state.current(), 2);
-    pressKeys(window, {"Next"});
-    EXPECT_EQ(state.current(), 3);
-    // Alt+arrow passes on; Ctrl+arrows move by whole slides.
-    pressKeys(window, {"alt+Right"});
-    EXPECT_EQ(state.current(), 3);
-    pressKeys(window, {"ctrl+Right"});
-    EXPECT_EQ(state.current(), 4);
-    pressKeys(window, {"Left"});
-    EXPECT_EQ(state.current(), 3);
+    // A presenter remote's Space, Page Up and Page Down; Alt+arrow passes
+    // on; Ctrl+arrows move by whole slides.
+    for (auto [key, slide] : std::initializer_list<std::pair<const char*, int>>{
+             {"space", 3}, {"Prior", 2}, {"Next", 3}, {"alt+Right", 3}, {"ctrl+Right", 4}, {"Left", 3}}) {
+        pressKeys(window, {key});
+        EXPECT_EQ(state.current(), slide) << key;
+    }
 
     // The overview, and back.
     pressKeys(window, {"Escape"});
@@ -149,10 +156,8 @@ TEST_F(DeckWindowTest, OverviewTilesAndChoosingOneWithTheMouse) {
     deck.slides[1].layout = SlideLayout::web;
     deck.slides[1].url = "https://example.com/";
     deck.slides[3].isSkipped = true;
-    DeckWindow& window = open(deck);
+    DeckWindow& window = present(deck);
     PresentationState& state = window.state();
-    state.togglePresenting();
-    declineIfAsked(window);
     state.toggleOverview();
     pumpFor(0.4);
 
@@ -161,12 +166,11 @@ TEST_F(DeckWindowTest, OverviewTilesAndChoosingOneWithTheMouse) {
     // Numbers, the LIVE badge and the skipped mark, as the tiles show them.
     auto tileTexts = [&](int index) {
         std::vector<std::string> texts;
-        std::function<void(Gtk::Widget&)> collect = [&](Gtk::Widget& widget) {
-            if (auto* label = dynamic_cast<Gtk::Label*>(&widget)) texts.push_back(label->get_text());
-            if (auto* image = dynamic_cast<Gtk::Image*>(&widget)) texts.push_back("image:" + image->get_tooltip_text());
-            for (auto* child = widget.get_first_child(); child; child = child->get_next_sibling()) collect(*child);
-        };
-        collect(*grid.tiles().get_child_at_index(index));
+        for (GtkWidget* widget : testing::findWidgets(GTK_WIDGET(grid.tiles().get_child_at_index(index)->gobj()),
+                                                      [](GtkWidget* w) { return GTK_IS_LABEL(w) || GTK_IS_IMAGE(w); })) {
+            texts.push_back(GTK_IS_LABEL(widget) ? std::string(gtk_label_get_text(GTK_LABEL(widget)))
+                                                 : "image:" + std::string(Glib::wrap(widget)->get_tooltip_text()));
+        }
         return texts;
     };
     EXPECT_EQ(tileTexts(0), (std::vector<std::string>{"01", "Slide 1"}));
@@ -184,23 +188,17 @@ TEST_F(DeckWindowTest, OverviewTilesAndChoosingOneWithTheMouse) {
 
 TEST_F(DeckWindowTest, ClickOnAShownCardJumpsAndBackReturns) {
     Deck deck;
-    deck.slides.push_back(textSlide("Start"));
-    Slide question = Slide::make(SlideLayout::decisions);
+    deck.slides = {textSlide("Start"), Slide::make(SlideLayout::decisions), textSlide("Middle"), textSlide("Far away")};
+    Slide& question = deck.slides[1];
     question.title = "Which way?";
     question.reveal = RevealMode::reveal;
-    deck.slides.push_back(textSlide("Middle"));
-    deck.slides.push_back(textSlide("Far away"));
-    SlideLink near, far;
-    near.label = "Near";
-    near.targetId = deck.slides[1].id.string();
-    far.label = "Far";
-    far.targetId = deck.slides[2].id.string();
-    question.links = {far, near};
-    deck.slides.insert(deck.slides.begin() + 1, question);
-    DeckWindow& window = open(deck);
+    question.links.resize(2);
+    question.links[0].label = "Far";
+    question.links[0].targetId = deck.slides[3].id.string();
+    question.links[1].label = "Near";
+    question.links[1].targetId = deck.slides[2].id.string();
+    DeckWindow& window = present(deck);
     PresentationState& state = window.state();
-    state.togglePresenting();
-    declineIfAsked(window);
     pressKeys(window, {"Right"});
     ASSERT_EQ(state.current(), 1);
     pumpFor(0.3);
@@ -229,11 +227,8 @@ TEST_F(DeckWindowTest, ClickOnAShownCardJumpsAndBackReturns) {
 }
 
 TEST_F(DeckWindowTest, HudComesUpAtTheBottomEdgeAndHidesAfterTwoSeconds) {
-    Deck deck;
+    Deck deck = oneSlide("Automatic", {refusedRequest("Ping", true), refusedRequest("By hand", false)});
     deck.targetMinutes = 20;
-    deck.slides.push_back(textSlide("Automatic"));
-    deck.slides[0].actions.push_back(refusedRequest("Ping", true));
-    deck.slides[0].actions.push_back(refusedRequest("By hand", false));
     DeckWindow& window = open(deck);
     PresentationState& state = window.state();
     state.toggleEditor();  // the stage alone, in the window
@@ -254,9 +249,7 @@ TEST_F(DeckWindowTest, HudComesUpAtTheBottomEdgeAndHidesAfterTwoSeconds) {
 }
 
 TEST_F(DeckWindowTest, ConsentSheetAllowsAndAutomaticRunsStart) {
-    Deck deck;
-    deck.slides.push_back(textSlide("Demo"));
-    deck.slides[0].actions.push_back(refusedRequest("Reset", true));
+    Deck deck = oneSlide("Demo", {refusedRequest("Reset", true)});
     DeckWindow& window = open(deck);
     PresentationState& state = window.state();
     state.togglePresenting();
@@ -288,10 +281,8 @@ TEST_F(DeckWindowTest, ConsentSheetAllowsAndAutomaticRunsStart) {
 }
 
 TEST_F(DeckWindowTest, DeclinedActionsStayQuietUntilRunFromThePanel) {
-    Deck deck;
-    deck.slides.push_back(textSlide("Demo"));
+    Deck deck = oneSlide("Demo", {refusedRequest("Reset", false)});
     deck.slides[0].notes = "Say hello first.";
-    deck.slides[0].actions.push_back(refusedRequest("Reset", false));
     deck.slides.push_back(textSlide("Last"));
     DeckWindow& window = open(deck);
     PresentationState& state = window.state();
@@ -311,8 +302,7 @@ TEST_F(DeckWindowTest, DeclinedActionsStayQuietUntilRunFromThePanel) {
     PresenterPanel& panel = *window.presenterPanel();
     int width = 0, height = 0;
     panel.get_default_size(width, height);
-    EXPECT_EQ(width, PresenterPanel::width);
-    EXPECT_EQ(height, PresenterPanel::height);
+    EXPECT_EQ(std::pair(width, height), std::pair(PresenterPanel::width, PresenterPanel::height));
     EXPECT_NE(panel.get_surface(), window.get_surface());
     EXPECT_EQ(panel.notes().get_text(), "Say hello first.");
     EXPECT_EQ(panel.nextCaption().get_text(), "Last");
@@ -321,14 +311,9 @@ TEST_F(DeckWindowTest, DeclinedActionsStayQuietUntilRunFromThePanel) {
     // Its run button asks again for an action not allowed.
     auto* row = panel.actions().get_row_at_index(0);
     ASSERT_NE(row, nullptr);
-    Gtk::Button* run = nullptr;
-    std::function<void(Gtk::Widget&)> find = [&](Gtk::Widget& widget) {
-        if (auto* button = dynamic_cast<Gtk::Button*>(&widget)) run = button;
-        for (auto* child = widget.get_first_child(); child; child = child->get_next_sibling()) find(*child);
-    };
-    find(*row);
-    ASSERT_NE(run, nullptr);
-    click(*run, run->get_width() / 2.0, run->get_height() / 2.0);
+    auto buttons = testing::findWidgets(GTK_WIDGET(row->gobj()), [](GtkWidget* w) { return GTK_IS_BUTTON(w); });
+    ASSERT_FALSE(buttons.empty());
+    testing::clickMiddle(*Glib::wrap(buttons.back()));
     EXPECT_TRUE(pumpUntil([&] { return window.trustReview() != nullptr; }));
     adw_message_dialog_response(window.trustReview(), "decline");
     ASSERT_TRUE(pumpUntil(noSheetOnScreen));
@@ -346,9 +331,7 @@ TEST_F(DeckWindowTest, DeclinedActionsStayQuietUntilRunFromThePanel) {
 }
 
 TEST_F(DeckWindowTest, ActionsMadeInTheWindowAreTrustedAtOnce) {
-    Deck deck;
-    deck.slides.push_back(textSlide("Demo"));
-    DeckWindow& window = open(deck);
+    DeckWindow& window = open(oneSlide("Demo"));
     Deck edited = window.deck();
     edited.slides[0].actions.push_back(refusedRequest("Mine", true));
     window.editor().edit("Add Action", [&](Deck) { return edited; });
@@ -362,12 +345,10 @@ TEST_F(DeckWindowTest, ActionsMadeInTheWindowAreTrustedAtOnce) {
 }
 
 TEST_F(DeckWindowTest, ClosingTheWindowEndsTheTimerThePanelAndAutomaticRuns) {
-    Deck deck;
-    deck.slides.push_back(textSlide("Looping"));
     SlideAction looping = refusedRequest("Poll", true);
     looping.repeats = true;
     looping.repeatIntervalSeconds = 30;
-    deck.slides[0].actions.push_back(looping);
+    Deck deck = oneSlide("Looping", {looping});
     ActionTrust::trust({*ActionTrust::fingerprint(looping, deck.slides[0])}, testing::preferences());
     auto& scheduler = app().scheduler();
     std::size_t before = scheduler.pendingCount();
