@@ -133,10 +133,7 @@ public:
     int exitStatus() const { return g_subprocess_get_if_exited(process_) ? g_subprocess_get_exit_status(process_) : -1; }
 
     std::string url(const std::string& path) const {
-        std::string url = "http://127.0.0.1:";
-        url += std::to_string(port_);
-        url += path;
-        return url;
+        return "http://127.0.0.1:" + std::to_string(port_) + path;
     }
 
 private:
@@ -225,9 +222,9 @@ SlideAction deckAction(const Deck& deck, const std::string& name, int port) {
                 SlideAction moved = action;
                 const std::string from = "127.0.0.1:8765";
                 auto& url = moved.request.urlString;
-                std::string to = "127.0.0.1:";
-                to += std::to_string(port);
-                if (auto at = url.find(from); at != std::string::npos) url.replace(at, from.size(), to);
+                if (auto at = url.find(from); at != std::string::npos) {
+                    url.replace(at, from.size(), "127.0.0.1:" + std::to_string(port));
+                }
                 return moved;
             }
     ADD_FAILURE() << "no action named " << name;
@@ -274,9 +271,7 @@ TEST(DemoSite, ServesPagesSignsInAndTakesOrders) {
     DemoSiteProcess site(freePort());
     auto ready = site.readyLine();
     ASSERT_TRUE(ready) << "no ready line: " << site.stderrToEnd();
-    std::string readyText = "Demo site ready at ";
-    readyText += site.url("/");
-    EXPECT_EQ(*ready, readyText);
+    EXPECT_EQ(*ready, "Demo site ready at " + site.url("/"));
     Client client;
 
     // The pages, and nothing they load comes from elsewhere.
@@ -362,9 +357,7 @@ TEST(DemoSite, RefusesAPortInUse) {
     const std::string err = second.stderrToEnd();
     EXPECT_TRUE(second.waitForExit(5000));
     EXPECT_NE(second.exitStatus(), 0);
-    std::string refusal = "cannot listen on 127.0.0.1:";
-    refusal += std::to_string(port);
-    EXPECT_NE(err.find(refusal), std::string::npos) << err;
+    EXPECT_NE(err.find("cannot listen on 127.0.0.1:" + std::to_string(port)), std::string::npos) << err;
 }
 
 // The deck's two actions on the live page, as on stage: the request (built
@@ -440,10 +433,7 @@ TEST(DemoSite, DeckActionsChangeTheLivePage) {
         ASSERT_TRUE(iterateUntil([&] { return loads == 2; }, 20000));
     }
     SlideAction script = deckAction(*deck, "Spotlight the newest order", port);
-    std::string marked = "Spotlight on order ";
-    marked += orderId;
-    marked += " for Mara Lind";
-    EXPECT_EQ(evaluate(script.script), marked);
+    EXPECT_EQ(evaluate(script.script), "Spotlight on order " + orderId + " for Mara Lind");
     iterateFor(2500);  // two or three updates of the table
     EXPECT_EQ(evaluate("return document.querySelector('#orders tr.spotlight')?.cells[0].textContent"), orderId);
     EXPECT_EQ(evaluate("return document.querySelectorAll('#orders tbody tr').length"),
