@@ -73,7 +73,7 @@ private:
 // the program's own: the test process may have windows of the same name.
 std::string findWindow(const Program& program, const std::string& title) {
     std::string output;
-    runProgram({"timeout", "20", "xdotool", "search", "--sync", "--onlyvisible", "--pid", std::to_string(program.pid()),
+    runProgram({"timeout", "20", "xdotool", "search", "--sync", "--all", "--onlyvisible", "--pid", std::to_string(program.pid()),
                 "--name", "^" + title + "$"},
                &output);
     return output.substr(0, output.find('\n'));
