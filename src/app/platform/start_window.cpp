@@ -155,7 +155,7 @@ StartWindow::StartWindow(RecoveriesSource recoveries) : recoveries_(std::move(re
     gtk_box_append(GTK_BOX(body), clamp);
 
     GtkWidget* status = adw_status_page_new();
-    adw_status_page_set_icon_name(ADW_STATUS_PAGE(status), "x-office-presentation-symbolic");
+    adw_status_page_set_icon_name(ADW_STATUS_PAGE(status), "com.corvane.Lectern");
     adw_status_page_set_title(ADW_STATUS_PAGE(status), "Lectern");
     adw_status_page_set_description(ADW_STATUS_PAGE(status),
                                     _("A deck is a folder whose name ends in .lectern, "
