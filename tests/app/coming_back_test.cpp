@@ -40,48 +40,6 @@ protected:
         pumpFor(0.2);
         return *window;
     }
-
-    // Drags `file` from a small window of its own, as a file manager does,
-    // and drops it in the middle of `target`.
-    void dragFileOnto(const fs::path& file, Gtk::Widget& target) {
-        Gtk::Window source;
-        source.set_default_size(160, 120);
-        source.set_title("Files");
-        Gtk::Label name(file.filename().string());
-        source.set_child(name);
-        auto drag = Gtk::DragSource::create();
-        drag->set_actions(Gdk::DragAction::COPY);
-        drag->signal_prepare().connect(
-            [&](double, double) {
-                GFile* dragged = g_file_new_for_path(file.c_str());
-                GSList* files = g_slist_append(nullptr, dragged);
-                GdkContentProvider* provider = gdk_content_provider_new_typed(GDK_TYPE_FILE_LIST, files);
-                g_slist_free(files);
-                g_object_unref(dragged);
-                return Glib::wrap(provider);
-            },
-            false);
-        // A refused drag ends after its icon has flown back; until then it
-        // holds the pointer and keyboard of the whole display.
-        bool ended = false;
-        auto end = drag->signal_drag_end().connect([&](const Glib::RefPtr<Gdk::Drag>&, bool) { ended = true; });
-        name.add_controller(drag);
-        source.present();
-        ASSERT_TRUE(pumpUntil([&] { return source.get_mapped(); }));
-        pumpFor(0.3);
-
-        testing::movePointer(name, 40, 40);
-        testing::runProgram({"xdotool", "mousedown", "1"});
-        for (int step = 1; step <= 6; ++step) testing::movePointer(name, 40 + step * 4, 40 + step * 3);
-        for (int step = 0; step <= 10; ++step) {
-            testing::movePointer(target, target.get_width() * (0.4 + step * 0.02), target.get_height() * 0.5);
-        }
-        pumpFor(0.2);
-        testing::runProgram({"xdotool", "mouseup", "1"});
-        EXPECT_TRUE(pumpUntil([&] { return ended; }, 5));
-        end.disconnect();
-        source.close();
-    }
 };
 
 TEST_F(ComingBackTest, ADeckOpensAgainAtItsSlideAndSize) {
@@ -133,11 +91,11 @@ TEST_F(ComingBackTest, ADeckFolderDroppedOnTheStartWindowIsHandedOnAndOtherFiles
     ASSERT_TRUE(pumpUntil([&] { return window->get_mapped(); }));
     pumpFor(0.3);
 
-    dragFileOnto(dir / "notes.txt", *window);
+    testing::dragFileOnto(dir / "notes.txt", *window);
     pumpFor(0.5);
     EXPECT_TRUE(dropped.empty()) << "a file that is no deck is refused";
 
-    dragFileOnto(package, *window);
+    testing::dragFileOnto(package, *window);
     ASSERT_TRUE(pumpUntil([&] { return !dropped.empty(); }, 10));
     EXPECT_EQ(dropped, (std::vector<std::vector<fs::path>>{{package}}));
 }

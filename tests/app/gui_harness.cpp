@@ -159,6 +159,47 @@ void drag(Gtk::Widget& widget, double fromX, double fromY, double toX, double to
     pumpFor(0.2);
 }
 
+void dragFileOnto(const std::filesystem::path& file, Gtk::Widget& target, const std::function<void()>& hovering) {
+    Gtk::Window source;
+    source.set_default_size(160, 120);
+    source.set_title("Files");
+    Gtk::Label name(file.filename().string());
+    source.set_child(name);
+    auto dragSource = Gtk::DragSource::create();
+    dragSource->set_actions(Gdk::DragAction::COPY);
+    dragSource->signal_prepare().connect(
+        [&](double, double) {
+            GFile* dragged = g_file_new_for_path(file.c_str());
+            GSList* files = g_slist_append(nullptr, dragged);
+            GdkContentProvider* provider = gdk_content_provider_new_typed(GDK_TYPE_FILE_LIST, files);
+            g_slist_free(files);
+            g_object_unref(dragged);
+            return Glib::wrap(provider);
+        },
+        false);
+    // A refused drag ends after its icon has flown back; until then it
+    // holds the pointer and keyboard of the whole display.
+    bool ended = false;
+    auto end = dragSource->signal_drag_end().connect([&](const Glib::RefPtr<Gdk::Drag>&, bool) { ended = true; });
+    name.add_controller(dragSource);
+    source.present();
+    pumpUntil([&] { return source.get_mapped(); });
+    pumpFor(0.3);
+
+    movePointer(name, 40, 40);
+    runProgram({"xdotool", "mousedown", "1"});
+    for (int step = 1; step <= 6; ++step) movePointer(name, 40 + step * 4, 40 + step * 3);
+    for (int step = 0; step <= 10; ++step) {
+        movePointer(target, target.get_width() * (0.4 + step * 0.02), target.get_height() * 0.5);
+    }
+    pumpFor(0.2);
+    if (hovering) hovering();
+    runProgram({"xdotool", "mouseup", "1"});
+    EXPECT_TRUE(pumpUntil([&] { return ended; }, 5));
+    end.disconnect();
+    source.close();
+}
+
 void typeText(Gtk::Window& window, const std::string& text) {
     focus(window);
     runProgram({"xdotool", "type", "--delay", "20", "--", text});

@@ -44,6 +44,11 @@ void doubleClick(Gtk::Widget& widget, double x, double y, double seconds = 0.1);
 // Presses the first button at one point of a widget, moves to another in
 // small steps as a hand does, and releases it there: a drag and drop.
 void drag(Gtk::Widget& widget, double fromX, double fromY, double toX, double toY);
+// Drags `file` from a small window of its own, as a file manager does, and
+// drops it in the middle of `target`; `hovering` runs while it is over the
+// target, before the button is released. Returns once the drag is over.
+void dragFileOnto(const std::filesystem::path& file, Gtk::Widget& target,
+                  const std::function<void()>& hovering = {});
 // Types text into the window that has the focus.
 void typeText(Gtk::Window& window, const std::string& text);
 

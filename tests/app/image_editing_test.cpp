@@ -127,41 +127,10 @@ TEST_F(ImageEditingTest, AFileDraggedFromAnotherWindowIsDroppedOnTheSlide) {
     writePicture(file, 400, 300, "jpeg");
     DeckWindow& window = openEmptyImageSlide();
 
-    // A small window that offers the file for dragging, as a file manager does.
-    Gtk::Window source;
-    source.set_default_size(160, 120);
-    source.set_title("Files");
-    Gtk::Label name("dropped.jpg");
-    source.set_child(name);
-    auto drag = Gtk::DragSource::create();
-    drag->set_actions(Gdk::DragAction::COPY);
-    drag->signal_prepare().connect(
-        [&](double, double) {
-            GFile* dropped = g_file_new_for_path(file.c_str());
-            GSList* files = g_slist_append(nullptr, dropped);
-            GdkContentProvider* provider = gdk_content_provider_new_typed(GDK_TYPE_FILE_LIST, files);
-            g_slist_free(files);
-            g_object_unref(dropped);
-            return Glib::wrap(provider);
-        },
-        false);
-    name.add_controller(drag);
-    source.present();
-    ASSERT_TRUE(pumpUntil([&] { return source.get_mapped(); }));
-    pumpFor(0.3);
-
-    testing::movePointer(name, 40, 40);
-    testing::runProgram({"xdotool", "mousedown", "1"});
-    for (int step = 1; step <= 6; ++step) testing::movePointer(name, 40 + step * 4, 40 + step * 3);
-    for (int step = 0; step <= 10; ++step) {
-        testing::movePointer(*area, area->get_width() * (0.3 + step * 0.02), area->get_height() * 0.5);
-    }
-    pumpFor(0.2);
-    testing::screenshot("image-slide-drop-hover");
-    testing::runProgram({"xdotool", "mouseup", "1"});
+    // Dragged in from another window, as from a file manager.
+    testing::dragFileOnto(file, *area, [] { testing::screenshot("image-slide-drop-hover"); });
     ASSERT_TRUE(pumpUntil([&] { return window.deck().slides[0].imageData.has_value(); }, 10));
     EXPECT_EQ(window.deck().slides[0].imageData->view(), testing::readText(file));
-    source.close();
 }
 
 TEST_F(ImageEditingTest, ALargePhotographImportsWhileTheWindowKeepsTurning) {
