@@ -55,10 +55,13 @@ void start(benchmark::State& state, const std::vector<std::string>& arguments, c
         }
 
         state.PauseTiming();
-        if (!shown) state.SkipWithError("the window did not come up within 20 s");
         ::kill(pid, SIGTERM);
         ::waitpid(pid, nullptr, 0);
         g_strfreev(env);
+        if (!shown) {
+            state.SkipWithError("the window did not come up within 20 s");
+            break;
+        }
         state.ResumeTiming();
     }
 }
