@@ -133,6 +133,14 @@ TEST_F(StartWindowTest, TheExampleDeckOpensAsTheUsersOwnCopy) {
     clickCentre(buttonLabelled(window, "Open the _Example Deck"));
     ASSERT_TRUE(pumpUntil([&] { return deckWindowFor(copy) != nullptr; }));
     EXPECT_EQ(testing::readText(copy / "deck.json"), testing::readText(source / "deck.json"));
+    // The demo site that its web slide shows runs on this computer now.
+    EXPECT_TRUE(pumpUntil([] {
+        GSocketClient* client = g_socket_client_new();
+        GSocketConnection* connection = g_socket_client_connect_to_host(client, "127.0.0.1", 8765, nullptr, nullptr);
+        g_object_unref(client);
+        if (connection) g_object_unref(connection);
+        return connection != nullptr;
+    }));
     testing::closeAllWindows();
     EXPECT_EQ(snapshot(source), before);
 

@@ -8,6 +8,7 @@
 #include "app/build_info.h"
 #include "app/platform/about_window.h"
 #include "app/platform/app_style.h"
+#include "app/platform/demo_site_launcher.h"
 #include "app/platform/lectern_settings.h"
 #include "app/platform/soup_feed_fetcher.h"
 #include "base/install_layout.h"
@@ -223,6 +224,7 @@ void LecternApplication::on_shutdown() {
     WebServices::shared().prefetcher().terminate();
     windowKeeper_.reset();
     settings_.reset();
+    demoSite_.reset();
     Gtk::Application::on_shutdown();
 }
 
@@ -273,6 +275,9 @@ void LecternApplication::openDropped(const std::vector<std::filesystem::path>& d
 }
 
 DeckWindow* LecternApplication::openExampleDeck() {
+    // Its web slide and demo actions need the demo site on this computer.
+    if (!demoSite_) demoSite_ = std::make_unique<DemoSiteLauncher>();
+    demoSite_->ensureStarted();
     const auto source = exampleDeck();
     auto copy = exampleCopy(source);
     if (!copy) {

@@ -17,6 +17,7 @@
 namespace lectern {
 
 class DeckWindow;
+class DemoSiteLauncher;
 class LecternSettings;
 class StartWindow;
 class WindowKeeper;
@@ -91,6 +92,7 @@ private:
     std::unique_ptr<WindowKeeper> windowKeeper_;
     RecoveryStore recoveryStore_{RecoveryStore::defaultRoot()};
     std::unique_ptr<AppUpdater> updater_;
+    std::unique_ptr<DemoSiteLauncher> demoSite_;
     std::unique_ptr<LecternSettings> settings_;
     Signal<bool>::Connection updaterCanCheck_;
     Signal<const UpdateResult&>::Connection updaterFinished_;
