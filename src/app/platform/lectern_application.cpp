@@ -5,7 +5,6 @@
 #include <stdlib.h>
 
 #include "app/app_updater.h"
-#include "app/build_info.h"
 #include "app/platform/about_window.h"
 #include "app/platform/app_style.h"
 #include "app/platform/demo_site_launcher.h"
@@ -165,12 +164,7 @@ void LecternApplication::on_startup() {
 }
 
 void LecternApplication::startUpdater() {
-    // The build's feed; LECTERN_UPDATE_FEED in the environment names another
-    // (a local feed to try a release with).
-    std::string feed = build::updateFeed;
-    if (const char* chosen = g_getenv("LECTERN_UPDATE_FEED"); chosen && *chosen) feed = chosen;
-    updater_ = std::make_unique<AppUpdater>(feed, build::version, *preferences_, scheduler_,
-                                            std::make_unique<SoupFeedFetcher>());
+    updater_ = makeAppUpdater(*preferences_, scheduler_);
     // Asked for, a check shows its progress and result in the settings'
     // General area.
     auto check = add_action("check-for-updates", [this] {

@@ -44,8 +44,8 @@ private:
     Pending* pending_ = nullptr;  // owned by its async call
 };
 
-// The application's updater: this build's feed and version, checked with a
-// SoupFeedFetcher.
+// The application's updater: this build's feed (or the one LECTERN_UPDATE_FEED
+// names) and version, checked with a SoupFeedFetcher.
 std::unique_ptr<AppUpdater> makeAppUpdater(PreferencesStore& preferences, Scheduler& scheduler);
 
 }  // namespace lectern
