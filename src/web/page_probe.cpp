@@ -37,28 +37,58 @@ std::string PageProbe::timeoutMessage(double seconds) {
 }
 
 void PageProbe::responseReceived(int status) {
+    if (checkingForm_) return;
     if (status >= 400) finish(WebCheckOutcome::failed(httpFailureMessage(status)));
 }
 
 void PageProbe::loadFinished() {
+    if (checkingForm_) return;
     std::string finalUrl = page_ ? page_->currentUrl() : std::string();
-    auto note = redirectNote(requested_, finalUrl);
-    finish(note ? WebCheckOutcome::redirected(*note) : WebCheckOutcome::ok());
+    if (auto note = redirectNote(requested_, finalUrl)) {
+        finish(WebCheckOutcome::redirected(*note));
+    } else if (!page_ || looksLikeSignIn(requested_)) {
+        // A sign-in page that was asked for is expected to show its form.
+        finish(WebCheckOutcome::ok());
+    } else {
+        checkForSignInForm();
+    }
+}
+
+void PageProbe::checkForSignInForm() {
+    checkingForm_ = true;
+    if (timer_) scheduler_.cancel(std::exchange(timer_, 0));
+    std::weak_ptr<PageProbe> weak = weak_from_this();
+    timer_ = scheduler_.after(formCheckSeconds, [weak] {
+        if (auto probe = weak.lock()) {
+            probe->timer_ = 0;
+            probe->finish(WebCheckOutcome::ok());
+        }
+    });
+    // The page may answer at once; whoever is told may drop the probe.
+    auto self = shared_from_this();
+    page_->evaluateAsyncFunction(signInFormScript, [weak](Result<std::optional<std::string>> answer) {
+        auto probe = weak.lock();
+        if (!probe) return;
+        // A script that failed says nothing about the page: it loaded.
+        bool showsForm = answer.ok() && *answer == std::optional<std::string>("true");
+        probe->finish(showsForm ? WebCheckOutcome::redirected(_(signInFormNote)) : WebCheckOutcome::ok());
+    });
 }
 
 void PageProbe::loadFailed(const std::string& message, bool cancelled) {
     // A load that another one replaced (the page sent itself on) is no
     // outcome: the new load reports in its turn.
-    if (cancelled) return;
+    if (cancelled || checkingForm_) return;
     finish(WebCheckOutcome::failed(message));
 }
 
 void PageProbe::processTerminated() {
+    if (checkingForm_) return;  // the script fails, and the page counts as loaded
     finish(WebCheckOutcome::failed(_("The page’s web process stopped unexpectedly")));
 }
 
 bool PageProbe::authenticationRequested() {
-    finish(WebCheckOutcome::failed(httpFailureMessage(401)));
+    if (!checkingForm_) finish(WebCheckOutcome::failed(httpFailureMessage(401)));
     return true;
 }
 

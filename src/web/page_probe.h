@@ -14,11 +14,30 @@ namespace lectern {
 
 // Loads one address in a hidden page of a browser profile's store and tells
 // how that went, once: the first of a time-out, an HTTP error status of the
-// main frame, a failed load or a finished load counts. Finishing stops the
-// page and lets it go. Main thread only; always held by a shared_ptr.
+// main frame, a failed load or a finished load counts. A page that finished
+// at its own address, not asked for as a sign-in page, is asked whether it
+// shows a password field: one that does is `redirected` with "Shows a
+// sign-in form". Finishing stops the page and lets it go. Main thread only;
+// always held by a shared_ptr.
 class PageProbe : public WebPageDelegate, public std::enable_shared_from_this<PageProbe> {
 public:
     static constexpr double defaultTimeLimitSeconds = 20;
+    // How long the page may take to answer whether it shows a sign-in form;
+    // no answer in time counts as none.
+    static constexpr double formCheckSeconds = 2;
+    // Run in the loaded page's main frame: "true" when it shows a password
+    // field that is rendered (a box of its own, not hidden by itself or an
+    // ancestor), "false" otherwise.
+    static constexpr const char* signInFormScript = R"js(
+for (const field of document.querySelectorAll('input[type="password" i]')) {
+  const style = getComputedStyle(field);
+  if (style.display === 'none' || style.visibility !== 'visible') continue;
+  if (field.getClientRects().length === 0) continue;
+  const box = field.getBoundingClientRect();
+  if (box.width > 0 && box.height > 0) return true;
+}
+return false;
+)js";
 
     using Done = std::function<void(WebCheckOutcome)>;
 
@@ -50,6 +69,9 @@ public:
 private:
     PageProbe(Scheduler& scheduler, std::string url, Done done);
     void finish(WebCheckOutcome outcome);
+    // The load finished at its own address: asks the page for a sign-in
+    // form in place of the load's time limit.
+    void checkForSignInForm();
     // Stops the page, detaches from it and drops it on the next turn of the
     // main loop, as this may run inside one of the page's own callbacks.
     void release();
@@ -59,6 +81,7 @@ private:
     Done done_;
     std::shared_ptr<WebPage> page_;
     Scheduler::TimerId timer_ = 0;
+    bool checkingForm_ = false;  // the load is over; only the form check's answer counts
 };
 
 }  // namespace lectern

@@ -104,6 +104,11 @@ std::string httpFailureMessage(int status) {
     return formatText(_("HTTP %d \u2014 %s"), status, httpStatusText(status).c_str());
 }
 
+bool looksLikeSignIn(const std::string& url) {
+    UriPtr uri = parse(url);
+    return uri && looksLikeSignIn(uri.get());
+}
+
 std::optional<std::string> redirectNote(const std::string& requested, const std::string& finalUrl) {
     if (finalUrl.empty()) return std::nullopt;
     UriPtr to = parse(finalUrl);

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <glib/gi18n.h>
+
 #include <optional>
 #include <string>
 
@@ -33,5 +35,13 @@ std::string httpStatusText(int status);
 // the case of the host do not count) or a sign-in page it was not asked
 // for. "Redirected to " + the final host as written + its path.
 std::optional<std::string> redirectNote(const std::string& requested, const std::string& finalUrl);
+
+// Whether an address looks like a sign-in page: its lower-cased path holds
+// "login", "signin", "sign-in", "sso" or "auth".
+bool looksLikeSignIn(const std::string& url);
+
+// The note of a page that stayed at its own address but shows a form asking
+// for a password: the session behind it has ended.
+inline constexpr const char* signInFormNote = N_("Shows a sign-in form");
 
 }  // namespace lectern

@@ -1,6 +1,8 @@
 #pragma once
 
+#include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -34,7 +36,8 @@ public:
     void evaluateAsyncFunction(const std::string& body,
                                std::function<void(Result<std::optional<std::string>>)> done) override {
         scripts.push_back(body);
-        done(std::optional<std::string>("ran"));
+        if (holdScripts) heldScripts.push_back(std::move(done));
+        else done(scriptAnswer);
     }
     void reload() override {
         ++reloads;
@@ -59,6 +62,11 @@ public:
     std::optional<std::string> refuseWith;  // load() fails at once with this
     std::vector<std::string> loads;
     std::vector<std::string> scripts;
+    // Scripts answer at once with this, unless held: then they wait in
+    // heldScripts for the test to answer them (or never).
+    Result<std::optional<std::string>> scriptAnswer{std::optional<std::string>("ran")};
+    bool holdScripts = false;
+    std::vector<std::function<void(Result<std::optional<std::string>>)>> heldScripts;
     int stops = 0;
     int reloads = 0;
 

@@ -193,6 +193,7 @@ TEST(PageProbe, FirstEndCountsAndThePageIsLetGo) {
     f.page(1).redirect("https://site.test/login");
     f.page(1).finish();
     EXPECT_EQ(f.checker.entries()[1].outcome, WebCheckOutcome::redirected("Redirected to site.test/login"));
+    EXPECT_TRUE(f.page(1).scripts.empty()) << "a redirected page needs no look for a sign-in form";
 
     // Nothing happens after the page let go of, not even the time limit.
     f.clock.runPending();
@@ -201,6 +202,56 @@ TEST(PageProbe, FirstEndCountsAndThePageIsLetGo) {
     f.clock.advance(60);
     EXPECT_EQ(f.checker.entries()[0].outcome, WebCheckOutcome::failed("HTTP 500 \u2014 internal server error"));
     EXPECT_EQ(f.checker.entries()[1].outcome, WebCheckOutcome::redirected("Redirected to site.test/login"));
+}
+
+TEST(PageProbe, APageAtItsOwnAddressShowingASignInFormIsRedirected) {
+    Fixture f;
+    Deck deck = webDeck(5);
+    deck.slides[2].url = "https://site.test/account/login";
+    f.checker.run(deck);
+    const auto& entries = f.checker.entries();
+    using Answer = Result<std::optional<std::string>>;
+
+    f.page(0).scriptAnswer = Answer(std::optional<std::string>("true"));
+    f.page(0).finish();
+    EXPECT_EQ(entries[0].outcome, WebCheckOutcome::redirected("Shows a sign-in form"));
+    EXPECT_EQ(f.page(0).scripts, std::vector<std::string>{PageProbe::signInFormScript});
+    EXPECT_EQ(f.page(0).delegate(), nullptr);
+
+    f.page(1).scriptAnswer = Answer(std::optional<std::string>("false"));
+    f.page(1).finish();
+    EXPECT_EQ(entries[1].outcome, WebCheckOutcome::ok());
+
+    // A sign-in page that was asked for is expected to show its form.
+    f.page(2).scriptAnswer = Answer(std::optional<std::string>("true"));
+    f.page(2).finish();
+    EXPECT_EQ(entries[2].outcome, WebCheckOutcome::ok());
+    EXPECT_TRUE(f.page(2).scripts.empty());
+
+    // A script that fails says nothing against the page.
+    f.page(3).scriptAnswer = Answer(Error{"ReferenceError: Can't find variable: document"});
+    f.page(3).finish();
+    EXPECT_EQ(entries[3].outcome, WebCheckOutcome::ok());
+
+    // A page that never answers counts as loaded after two seconds; the
+    // load's own time limit no longer runs once the load finished.
+    f.page(4).holdScripts = true;
+    f.clock.advance(19);
+    f.page(4).finish();
+    f.clock.advance(1.9);
+    EXPECT_EQ(entries[4].outcome, std::nullopt);
+    EXPECT_TRUE(f.checker.isRunning());
+    // Load events while it is asked are not the load's outcome.
+    f.page(4).finish(500);
+    f.page(4).fail("Load failed");
+    EXPECT_EQ(entries[4].outcome, std::nullopt);
+    f.clock.advance(0.1);
+    EXPECT_EQ(entries[4].outcome, WebCheckOutcome::ok());
+    EXPECT_FALSE(f.checker.isRunning());
+    // A late answer changes nothing.
+    for (auto& answer : f.page(4).heldScripts) answer(std::optional<std::string>("true"));
+    EXPECT_EQ(entries[4].outcome, WebCheckOutcome::ok());
+    EXPECT_EQ(f.checker.summary(), "1 of 5 need attention");
 }
 
 TEST(PageProbe, TimesOutAfterTwentySeconds) {
