@@ -93,6 +93,24 @@ protected:
         });
         server.route("/app", [](const LocalServer::Request&) { return redirectTo("/login?next=/app"); });
         server.page("/login", "Sign in");
+        // Pages that stay at their own address: one asks for a password,
+        // as a site whose session ended does; the other only holds
+        // password fields that are not shown.
+        server.route("/console", [](const LocalServer::Request&) {
+            LocalServer::Answer answer;
+            answer.body = "<!doctype html><title>Console</title><form method=post>"
+                          "<input name=user><input type=password name=password><button>Sign in</button></form>";
+            return answer;
+        });
+        server.route("/settings", [](const LocalServer::Request&) {
+            LocalServer::Answer answer;
+            answer.body = "<!doctype html><title>Settings</title><h1>Settings</h1>"
+                          "<input type=password style=\"display:none\">"
+                          "<div style=\"display:none\"><input type=password></div>"
+                          "<div style=\"visibility:hidden\"><input type=password></div>"
+                          "<input type=password style=\"width:0;height:0;border:0;padding:0\">";
+            return answer;
+        });
         server.route("/stuck", [](const LocalServer::Request&) {
             LocalServer::Answer answer;
             answer.never = true;
@@ -136,6 +154,16 @@ TEST_F(WebCheckTest, RealAnswersBecomeOutcomes) {
     // Every page, the one that never answered too, went with its probe.
     EXPECT_EQ(watched.made.size(), 7u);
     EXPECT_TRUE(iterateUntil([&] { return watched.allGone(); }, 2000));
+}
+
+TEST_F(WebCheckTest, APasswordFieldOnShowIsASignInForm) {
+    Deck deck;
+    deck.slides = {webSlide("Console", server.url("/console")), webSlide("Settings", server.url("/settings"))};
+    WebSlideChecker checker(pages, scheduler);
+    checker.run(deck);
+    ASSERT_TRUE(iterateUntil([&] { return !checker.isRunning(); }, 30000));
+    EXPECT_EQ(checker.entries()[0].outcome, WebCheckOutcome::redirected("Shows a sign-in form"));
+    EXPECT_EQ(checker.entries()[1].outcome, WebCheckOutcome::ok());
 }
 
 TEST_F(WebCheckTest, NeverMoreThanThreePagesAtOnce) {
@@ -240,14 +268,15 @@ TEST_F(WebCheckTest, LecternCliCheckReportsAndExits) {
     Deck deck;
     deck.slides = {webSlide("Dashboard", server.url("/dashboard")), Slide::make(SlideLayout::regular),
                    webSlide("", server.url("/app")), webSlide("Missing", server.url("/missing")),
-                   webSlide("No address", std::nullopt)};
+                   webSlide("No address", std::nullopt), webSlide("Console", server.url("/console"))};
     ASSERT_TRUE(DeckPackage::write(deck, dir / "Talk.lectern", std::nullopt).ok());
     const std::string report =
         "01  Dashboard  ok\n"
         "03  Untitled  redirected  Redirected to 127.0.0.1/login\n"
         "04  Missing  failed  HTTP 404 \u2014 not found\n"
         "05  No address  failed  No URL set\n"
-        "3 of 4 need attention\n";
+        "06  Console  redirected  Shows a sign-in form\n"
+        "4 of 5 need attention\n";
 
     // On the test's display.
     ProgramRun run = runCli({"check", (dir / "Talk.lectern").string()});
