@@ -3,6 +3,7 @@
 #include <glib/gi18n.h>
 
 #include "base/platform/accessible.h"
+#include "base/platform/style.h"
 #include "slides/body_layout.h"
 
 namespace lectern {
@@ -24,13 +25,30 @@ void installStyle() {
 .card-order-row.drop-before { box-shadow: inset 0 2px @accent_bg_color; }
 .card-order-row.drop-after { box-shadow: inset 0 -2px @accent_bg_color; }
 )";
-    static bool installed = false;
-    auto display = Gdk::Display::get_default();
-    if (installed || !display) return;
-    auto provider = Gtk::CssProvider::create();
-    provider->load_from_data(style);
-    Gtk::StyleContext::add_provider_for_display(display, provider, GTK_STYLE_PROVIDER_PRIORITY_APPLICATION);
-    installed = true;
+    installStyleOnce(style);
+}
+
+Glib::RefPtr<Gtk::DragSource> rowDragSource(Gtk::Widget& row, const char* content, std::function<void()> started,
+                                            std::function<void()> ended) {
+    auto source = Gtk::DragSource::create();
+    source->set_actions(Gdk::DragAction::MOVE);
+    source->signal_prepare().connect(
+        [started = std::move(started), content](double, double) -> Glib::RefPtr<Gdk::ContentProvider> {
+            started();
+            Glib::Value<Glib::ustring> value;
+            value.init(Glib::Value<Glib::ustring>::value_type());
+            value.set(content);
+            return Gdk::ContentProvider::create(value);
+        },
+        false);
+    // The row's picture follows the pointer (the controller by pointer: a
+    // handle in its own closure would keep it alive for ever).
+    Gtk::DragSource* gesture = source.get();
+    source->signal_drag_begin().connect([&row, gesture](const Glib::RefPtr<Gdk::Drag>&) {
+        gesture->set_icon(Gtk::WidgetPaintable::create(row), 12, 12);
+    });
+    source->signal_drag_end().connect([ended = std::move(ended)](const Glib::RefPtr<Gdk::Drag>&, bool) { ended(); });
+    return source;
 }
 
 std::string countText(std::size_t count, const std::string& one, const std::string& many) {
@@ -276,28 +294,12 @@ std::unique_ptr<BuildOrderEditor::Row> BuildOrderEditor::makeRow(Step& step, std
     });
     row->box->append(*row->breakButton);
 
-    auto source = Gtk::DragSource::create();
-    source->set_actions(Gdk::DragAction::MOVE);
-    source->signal_prepare().connect(
-        [this, raw](double, double) -> Glib::RefPtr<Gdk::ContentProvider> {
-            dragging_ = raw->key;
-            Glib::Value<Glib::ustring> value;
-            value.init(Glib::Value<Glib::ustring>::value_type());
-            value.set(dragContent);
-            return Gdk::ContentProvider::create(value);
-        },
-        false);
-    // The row's picture follows the pointer (the controller by pointer: a
-    // handle in its own closure would keep it alive for ever).
-    Gtk::DragSource* gesture = source.get();
-    source->signal_drag_begin().connect([raw, gesture](const Glib::RefPtr<Gdk::Drag>&) {
-        gesture->set_icon(Gtk::WidgetPaintable::create(*raw->box), 12, 12);
-    });
-    source->signal_drag_end().connect([this](const Glib::RefPtr<Gdk::Drag>&, bool) {
-        dragging_.reset();
-        showDropSpot(std::nullopt);
-    });
-    row->box->add_controller(source);
+    row->box->add_controller(reveal_order::rowDragSource(
+        *row->box, dragContent, [this, raw] { dragging_ = raw->key; },
+        [this] {
+            dragging_.reset();
+            showDropSpot(std::nullopt);
+        }));
     return row;
 }
 

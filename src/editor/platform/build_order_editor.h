@@ -21,6 +21,10 @@ namespace reveal_order {
 
 // The section's look: steps, rows, gaps and their drop highlights.
 void installStyle();
+// Makes `row` draggable within its list: `started` when a drag begins (the
+// row's picture follows the pointer), `ended` when it is over either way.
+Glib::RefPtr<Gtk::DragSource> rowDragSource(Gtk::Widget& row, const char* content, std::function<void()> started,
+                                            std::function<void()> ended);
 // "1 step", "3 steps": `one` for a count of one, `many` otherwise.
 std::string countText(std::size_t count, const std::string& one, const std::string& many);
 // The bounds of `widget` in `parent`'s coordinates (empty when unmapped).

@@ -135,28 +135,12 @@ std::unique_ptr<CardOrderEditor::Row> CardOrderEditor::makeRow(std::size_t index
     row->box->append(*grip);
 
     Row* raw = row.get();
-    auto source = Gtk::DragSource::create();
-    source->set_actions(Gdk::DragAction::MOVE);
-    source->signal_prepare().connect(
-        [this, raw](double, double) -> Glib::RefPtr<Gdk::ContentProvider> {
-            dragging_ = raw->id;
-            Glib::Value<Glib::ustring> value;
-            value.init(Glib::Value<Glib::ustring>::value_type());
-            value.set(dragContent);
-            return Gdk::ContentProvider::create(value);
-        },
-        false);
-    // The row's picture follows the pointer (the controller by pointer: a
-    // handle in its own closure would keep it alive for ever).
-    Gtk::DragSource* gesture = source.get();
-    source->signal_drag_begin().connect([raw, gesture](const Glib::RefPtr<Gdk::Drag>&) {
-        gesture->set_icon(Gtk::WidgetPaintable::create(*raw->box), 12, 12);
-    });
-    source->signal_drag_end().connect([this](const Glib::RefPtr<Gdk::Drag>&, bool) {
-        dragging_.reset();
-        showTarget(std::nullopt);
-    });
-    row->box->add_controller(source);
+    row->box->add_controller(reveal_order::rowDragSource(
+        *row->box, dragContent, [this, raw] { dragging_ = raw->id; },
+        [this] {
+            dragging_.reset();
+            showTarget(std::nullopt);
+        }));
     return row;
 }
 

@@ -2,6 +2,7 @@
 
 #include <glib/gi18n.h>
 #include "base/platform/accessible.h"
+#include "base/platform/style.h"
 
 #include "editor/deck_edits.h"
 #include "editor/navigator_rows.h"
@@ -30,15 +31,7 @@ const char* const style = R"css(
 )css";
 
 // The navigator's look, once per display.
-void installStyle() {
-    static bool installed = false;
-    auto display = Gdk::Display::get_default();
-    if (installed || !display) return;
-    auto provider = Gtk::CssProvider::create();
-    provider->load_from_data(style);
-    Gtk::StyleContext::add_provider_for_display(display, provider, GTK_STYLE_PROVIDER_PRIORITY_APPLICATION);
-    installed = true;
-}
+void installStyle() { installStyleOnce(style); }
 
 double monotonicSeconds() { return static_cast<double>(g_get_monotonic_time()) / 1e6; }
 
