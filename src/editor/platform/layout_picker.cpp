@@ -4,6 +4,7 @@
 
 #include "base/platform/accessible.h"
 #include "editor/navigator_rules.h"
+#include "editor/platform/new_slide_picker.h"
 #include "slides/platform/slide_thumbnail.h"
 
 namespace lectern {
@@ -90,18 +91,7 @@ void LayoutPicker::rebuild(const SlidePaintOptions& look) {
 
 Gtk::Widget* LayoutPicker::layoutRow(const LayoutPickerRow& row, const SlidePaintOptions& look) {
     const LayoutChoice& choice = choiceOf(row.layout);
-    auto* name = Gtk::make_managed<Gtk::Label>(choice.name);
-    name->add_css_class("heading");
-    name->set_xalign(0);
-    auto* description = Gtk::make_managed<Gtk::Label>(choice.description);
-    description->add_css_class("caption");
-    description->add_css_class("dim-label");
-    description->set_xalign(0);
-    description->set_wrap(true);
-    auto* texts = Gtk::make_managed<Gtk::Box>(Gtk::Orientation::VERTICAL, 2);
-    texts->set_valign(Gtk::Align::CENTER);
-    texts->append(*name);
-    texts->append(*description);
+    auto* texts = layoutChoiceTexts(choice, true);
 
     auto* content = Gtk::make_managed<Gtk::Box>(Gtk::Orientation::HORIZONTAL, 10);
     content->append(*layoutThumbnail(row.layout, SlidePosition::full, layoutPictureWidth, look));

@@ -22,6 +22,23 @@ Slide sampleSlide(const LayoutChoice& choice) {
 
 }  // namespace
 
+Gtk::Box* layoutChoiceTexts(const LayoutChoice& choice, bool wrap) {
+    auto* name = Gtk::make_managed<Gtk::Label>(choice.name);
+    name->add_css_class("heading");
+    name->set_xalign(0);
+    auto* description = Gtk::make_managed<Gtk::Label>(choice.description);
+    description->add_css_class("caption");
+    description->add_css_class("dim-label");
+    description->set_xalign(0);
+    description->set_wrap(wrap);
+    auto* texts = Gtk::make_managed<Gtk::Box>(Gtk::Orientation::VERTICAL, 2);
+    texts->set_valign(Gtk::Align::CENTER);
+    texts->append(*name);
+    texts->append(*description);
+    return texts;
+}
+
+
 NewSlidePicker::NewSlidePicker(std::function<void(SlideLayout)> chosen) : chosen_(std::move(chosen)) {
     add_css_class("new-slide-picker");
     auto* box = Gtk::make_managed<Gtk::Box>(Gtk::Orientation::VERTICAL, 6);
@@ -40,17 +57,7 @@ NewSlidePicker::NewSlidePicker(std::function<void(SlideLayout)> chosen) : chosen
         picture->set_valign(Gtk::Align::CENTER);
         pictures_.push_back(picture);
 
-        auto* name = Gtk::make_managed<Gtk::Label>(choice.name);
-        name->add_css_class("heading");
-        name->set_xalign(0);
-        auto* description = Gtk::make_managed<Gtk::Label>(choice.description);
-        description->add_css_class("caption");
-        description->add_css_class("dim-label");
-        description->set_xalign(0);
-        auto* texts = Gtk::make_managed<Gtk::Box>(Gtk::Orientation::VERTICAL, 2);
-        texts->set_valign(Gtk::Align::CENTER);
-        texts->append(*name);
-        texts->append(*description);
+        auto* texts = layoutChoiceTexts(choice, false);
 
         auto* line = Gtk::make_managed<Gtk::Box>(Gtk::Orientation::HORIZONTAL, 12);
         line->set_margin(4);

@@ -11,6 +11,11 @@
 namespace lectern {
 
 class SlideThumbnail;
+struct LayoutChoice;
+
+// A layout's name over its one-line description, as both layout pickers
+// list them; `wrap`: the description wraps in a narrow column.
+Gtk::Box* layoutChoiceTexts(const LayoutChoice& choice, bool wrap);
 
 // The popover of the "New slide" button, titled "Choose layout for new
 // slide": one row per layout with a small picture of a slide in it, its name
