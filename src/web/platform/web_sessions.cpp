@@ -7,6 +7,7 @@
 #include <system_error>
 
 #include "base/translation.h"
+#include "web/session_cookie_file.h"
 
 namespace lectern {
 
@@ -14,7 +15,162 @@ namespace {
 
 std::filesystem::path userFolder(const char* base) { return std::filesystem::path(base) / "lectern" / "web"; }
 
+// How long cookie changes settle before the copy is read again: a page
+// that signs in sets several at once.
+constexpr guint rereadDelayMs = 150;
+// The engine's change notices are lost when its network process goes and
+// comes back under a session, so the copy is also read again this often.
+constexpr guint refreshIntervalMs = 1000;
+
+SessionCookie::SameSite sameSiteOf(SoupCookie* cookie) {
+    switch (soup_cookie_get_same_site_policy(cookie)) {
+        case SOUP_SAME_SITE_POLICY_NONE: return SessionCookie::SameSite::none;
+        case SOUP_SAME_SITE_POLICY_STRICT: return SessionCookie::SameSite::strict;
+        case SOUP_SAME_SITE_POLICY_LAX: break;
+    }
+    return SessionCookie::SameSite::lax;
+}
+
+SoupSameSitePolicy soupPolicy(SessionCookie::SameSite policy) {
+    switch (policy) {
+        case SessionCookie::SameSite::none: return SOUP_SAME_SITE_POLICY_NONE;
+        case SessionCookie::SameSite::strict: return SOUP_SAME_SITE_POLICY_STRICT;
+        case SessionCookie::SameSite::lax: break;
+    }
+    return SOUP_SAME_SITE_POLICY_LAX;
+}
+
 }  // namespace
+
+struct WebSessions::Store {
+    GObjectRef<WebKitNetworkSession> session;
+    std::filesystem::path cookieFile;
+    // The store's session cookies as last read from the engine.
+    std::vector<SessionCookie> sessionCookies;
+    SignalConnection changed;
+    guint refreshSource = 0;
+    guint rereadSource = 0;
+    // The read in flight; a newer read or an erase cancels it, so that a
+    // list read before an erase never comes back.
+    GObjectRef<GCancellable> reading;
+
+    ~Store() {
+        if (refreshSource) g_source_remove(refreshSource);
+        if (rereadSource) g_source_remove(rereadSource);
+        if (reading) g_cancellable_cancel(reading.get());
+    }
+
+    WebKitCookieManager* cookies() const { return webkit_network_session_get_cookie_manager(session.get()); }
+
+    void follow() {
+        changed = SignalConnection::connect<>(cookies(), "changed", [this] { scheduleReread(); });
+        refreshSource = g_timeout_add(
+            refreshIntervalMs,
+            [](gpointer data) -> gboolean {
+                static_cast<Store*>(data)->scheduleReread();
+                return G_SOURCE_CONTINUE;
+            },
+            this);
+    }
+
+    void scheduleReread() {
+        if (rereadSource) return;
+        rereadSource = g_timeout_add(
+            rereadDelayMs,
+            [](gpointer data) {
+                auto* store = static_cast<Store*>(data);
+                store->rereadSource = 0;
+                store->reread();
+                return G_SOURCE_REMOVE;
+            },
+            this);
+    }
+
+    void reread() {
+        if (reading) g_cancellable_cancel(reading.get());
+        reading = GObjectRef<GCancellable>::take(g_cancellable_new());
+        // A cancelled read still calls back, so the callback finds the store
+        // through its cancellable: `this` is valid only if that was not cancelled.
+        struct Read {
+            Store* store;
+            GObjectRef<GCancellable> cancellable;
+        };
+        webkit_cookie_manager_get_all_cookies(
+            cookies(), reading.get(),
+            [](GObject* source, GAsyncResult* result, gpointer data) {
+                std::unique_ptr<Read> read(static_cast<Read*>(data));
+                GError* failure = nullptr;
+                GList* list = webkit_cookie_manager_get_all_cookies_finish(WEBKIT_COOKIE_MANAGER(source), result,
+                                                                           &failure);
+                if (!g_cancellable_is_cancelled(read->cancellable.get())) {
+                    read->store->reading.reset();
+                    // A read that failed says nothing about the cookies: the
+                    // copy stays as it was until the next one.
+                    if (!failure) read->store->sessionCookies = sessionCookiesIn(list);
+                }
+                if (failure) g_error_free(failure);
+                g_list_free_full(list, reinterpret_cast<GDestroyNotify>(soup_cookie_free));
+            },
+            new Read{this, reading});
+    }
+
+    static std::vector<SessionCookie> sessionCookiesIn(GList* list) {
+        std::vector<SessionCookie> found;
+        for (GList* item = list; item; item = item->next) {
+            auto* cookie = static_cast<SoupCookie*>(item->data);
+            // Cookies with an expiry are the engine's to keep on disk.
+            if (soup_cookie_get_expires(cookie) || !soup_cookie_get_name(cookie) || !soup_cookie_get_domain(cookie)) {
+                continue;
+            }
+            SessionCookie copy;
+            copy.name = soup_cookie_get_name(cookie);
+            copy.value = soup_cookie_get_value(cookie) ? soup_cookie_get_value(cookie) : "";
+            copy.domain = soup_cookie_get_domain(cookie);
+            copy.path = soup_cookie_get_path(cookie) ? soup_cookie_get_path(cookie) : "/";
+            copy.secure = soup_cookie_get_secure(cookie);
+            copy.httpOnly = soup_cookie_get_http_only(cookie);
+            copy.sameSite = sameSiteOf(cookie);
+            found.push_back(std::move(copy));
+        }
+        return found;
+    }
+
+    // Gives the session the cookies saved at the last end. The calls go to
+    // the engine's network process in order, ahead of anything a page of
+    // this new session can ask of it, so the first load already sends them.
+    void restore() {
+        sessionCookies = readSessionCookies(cookieFile);
+        for (const auto& saved : sessionCookies) {
+            SoupCookie* cookie =
+                soup_cookie_new(saved.name.c_str(), saved.value.c_str(), saved.domain.c_str(), saved.path.c_str(), -1);
+            soup_cookie_set_secure(cookie, saved.secure);
+            soup_cookie_set_http_only(cookie, saved.httpOnly);
+            soup_cookie_set_same_site_policy(cookie, soupPolicy(saved.sameSite));
+            webkit_cookie_manager_add_cookie(
+                cookies(), cookie, nullptr,
+                [](GObject* source, GAsyncResult* result, gpointer) {
+                    // A cookie the engine refuses is one sign-in less, nothing more.
+                    webkit_cookie_manager_add_cookie_finish(WEBKIT_COOKIE_MANAGER(source), result, nullptr);
+                },
+                nullptr);
+            soup_cookie_free(cookie);
+        }
+    }
+
+    // Signed out: neither the copy nor the file keeps anything, and a read
+    // begun before cannot bring it back.
+    void forgetSessionCookies() {
+        if (reading) g_cancellable_cancel(reading.get());
+        reading.reset();
+        sessionCookies.clear();
+        (void)writeSessionCookies(cookieFile, {});
+    }
+
+    void save() const {
+        // An unwritable folder loses the sign-ins kept in memory, as a crash would.
+        (void)writeSessionCookies(cookieFile, sessionCookies);
+    }
+};
 
 WebSessions::WebSessions(std::filesystem::path dataRoot, std::filesystem::path cacheRoot)
     : dataRoot_(std::move(dataRoot)), cacheRoot_(std::move(cacheRoot)) {}
@@ -39,42 +195,61 @@ std::filesystem::path WebSessions::cacheFolder(const std::optional<Uuid>& profil
     return profileId ? cacheRoot_ / "profiles" / profileId->string() : cacheRoot_ / "shared";
 }
 
-GObjectRef<WebKitNetworkSession> WebSessions::makeSession(const std::optional<Uuid>& profileId) const {
+std::shared_ptr<WebSessions::Store> WebSessions::makeStore(const std::optional<Uuid>& profileId) const {
     std::string data = dataFolder(profileId).string();
     std::string cache = cacheFolder(profileId).string();
-    auto session = GObjectRef<WebKitNetworkSession>::take(webkit_network_session_new(data.c_str(), cache.c_str()));
+    auto store = std::make_shared<Store>();
+    store->session = GObjectRef<WebKitNetworkSession>::take(webkit_network_session_new(data.c_str(), cache.c_str()));
+    store->cookieFile = dataFolder(profileId) / sessionCookieFileName;
     // Sign-ins outlive the process: cookies go to an SQLite file in the
-    // store's own data folder.
+    // store's own data folder, session cookies to a file of ours beside it.
     std::error_code ignored;
     std::filesystem::create_directories(data, ignored);
     std::string cookies = (dataFolder(profileId) / "cookies.sqlite").string();
-    webkit_cookie_manager_set_persistent_storage(webkit_network_session_get_cookie_manager(session.get()),
-                                                 cookies.c_str(), WEBKIT_COOKIE_PERSISTENT_STORAGE_SQLITE);
-    return session;
+    webkit_cookie_manager_set_persistent_storage(store->cookies(), cookies.c_str(),
+                                                 WEBKIT_COOKIE_PERSISTENT_STORAGE_SQLITE);
+    store->restore();
+    store->follow();
+    return store;
 }
 
 WebKitNetworkSession* WebSessions::session(const std::optional<Uuid>& profileId) {
     if (!profileId) {
-        if (!shared_) shared_ = makeSession(std::nullopt);
-        return shared_.get();
+        if (!shared_) shared_ = makeStore(std::nullopt);
+        return shared_->session.get();
     }
     auto it = profiles_.find(*profileId);
-    if (it == profiles_.end()) it = profiles_.emplace(*profileId, makeSession(profileId)).first;
-    return it->second.get();
+    if (it == profiles_.end()) it = profiles_.emplace(*profileId, makeStore(profileId)).first;
+    return it->second->session.get();
+}
+
+void WebSessions::saveSessionCookies() {
+    if (shared_) shared_->save();
+    for (const auto& [id, store] : profiles_) store->save();
 }
 
 void WebSessions::erase(const std::optional<Uuid>& profileId, std::function<void()> done) {
     WebKitWebsiteDataManager* manager = webkit_network_session_get_website_data_manager(session(profileId));
-    auto* callback = new std::function<void()>(std::move(done));
+    // The saved session cookies go at once, so that even a process that
+    // ends before the engine is done has signed out.
+    std::shared_ptr<Store> store = profileId ? profiles_.at(*profileId) : shared_;
+    store->forgetSessionCookies();
+    struct Erase {
+        std::weak_ptr<Store> store;
+        std::function<void()> done;
+    };
+    auto* erase = new Erase{store, std::move(done)};
     webkit_website_data_manager_clear(
         manager, WEBKIT_WEBSITE_DATA_ALL, 0, nullptr,
         [](GObject* source, GAsyncResult* result, gpointer data) {
-            std::unique_ptr<std::function<void()>> done(static_cast<std::function<void()>*>(data));
+            std::unique_ptr<Erase> erase(static_cast<Erase*>(data));
             // Failures to erase are not reported: the flow goes on.
             webkit_website_data_manager_clear_finish(WEBKIT_WEBSITE_DATA_MANAGER(source), result, nullptr);
-            if (*done) (*done)();
+            // What was read while the engine erased is gone now too.
+            if (auto store = erase->store.lock()) store->forgetSessionCookies();
+            if (erase->done) erase->done();
         },
-        callback);
+        erase);
 }
 
 void WebSessions::dropCached(const Uuid& profileId) {
@@ -85,11 +260,14 @@ void WebSessions::dropCached(const Uuid& profileId) {
     auto watched = dropped_.find(profileId);
     if (watched == dropped_.end()) {
         auto* weak = new GWeakRef;
-        g_weak_ref_init(weak, it->second.get());
+        g_weak_ref_init(weak, it->second->session.get());
         dropped_.emplace(profileId, weak);
     } else {
-        g_weak_ref_set(watched->second, it->second.get());
+        g_weak_ref_set(watched->second, it->second->session.get());
     }
+    // A session made later for the same profile starts from what is known
+    // now; what a page still open changes after this is not followed.
+    it->second->save();
     profiles_.erase(it);
 }
 

@@ -4,6 +4,7 @@
 
 #include <filesystem>
 #include <functional>
+#include <memory>
 #include <optional>
 #include <string>
 #include <unordered_map>
@@ -21,6 +22,12 @@ namespace lectern {
 // data and cache folders and its cookies kept on disk, so that a sign-in
 // survives a restart. Sessions are made on first use and kept for the
 // process (the store cache). Main thread only.
+//
+// The engine keeps only cookies with an expiry on disk. Session cookies
+// (many sign-ins use them) are copied as they change into memory, written
+// to each used store's session-cookies.json by saveSessionCookies() when the
+// application ends, and given back to the store's session when it is made,
+// before it loads anything.
 class WebSessions : public WebsiteDataStores, public CookieSource {
 public:
     // Stores under <dataRoot>/shared and <dataRoot>/profiles/<UUID>, and the
@@ -46,17 +53,25 @@ public:
     // profile's session, or when a folder cannot be deleted.
     Status removeStore(const Uuid& profileId) override;
 
+    // Writes the session cookies last seen in every store opened in this
+    // process to its data folder (a store without any has no file). Quick
+    // and synchronous: nothing is asked of the engine.
+    void saveSessionCookies();
+
     // The cookies of a profile's store, for demo requests that send them.
     void allCookies(const std::optional<Uuid>& profileId,
                     std::function<void(std::vector<HttpCookie>)> done) override;
 
 private:
-    GObjectRef<WebKitNetworkSession> makeSession(const std::optional<Uuid>& profileId) const;
+    // A store's session and the copy of its session cookies.
+    struct Store;
+
+    std::shared_ptr<Store> makeStore(const std::optional<Uuid>& profileId) const;
 
     std::filesystem::path dataRoot_;
     std::filesystem::path cacheRoot_;
-    GObjectRef<WebKitNetworkSession> shared_;
-    std::unordered_map<Uuid, GObjectRef<WebKitNetworkSession>> profiles_;
+    std::shared_ptr<Store> shared_;
+    std::unordered_map<Uuid, std::shared_ptr<Store>> profiles_;
     // Sessions dropped from the cache, watched so that a removal can tell
     // whether something still holds one.
     std::unordered_map<Uuid, GWeakRef*> dropped_;
