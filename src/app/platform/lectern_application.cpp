@@ -214,6 +214,8 @@ void LecternApplication::showSettings(std::optional<SettingsArea> area) {
 }
 
 void LecternApplication::on_shutdown() {
+    // Sign-ins kept in session cookies are there again at the next start.
+    WebServices::shared().sessions().saveSessionCookies();
     // Hidden pages stop with the application; nothing is loaded any more.
     WebServices::shared().prefetcher().terminate();
     windowKeeper_.reset();
