@@ -7,6 +7,7 @@
 #include <system_error>
 
 #include "base/translation.h"
+#include "web/platform/web_downloads.h"
 #include "web/session_cookie_file.h"
 
 namespace lectern {
@@ -15,12 +16,9 @@ namespace {
 
 std::filesystem::path userFolder(const char* base) { return std::filesystem::path(base) / "lectern" / "web"; }
 
-// How long cookie changes settle before the copy is read again: a page
-// that signs in sets several at once.
-constexpr guint rereadDelayMs = 150;
-// The engine's change notices are lost when its network process goes and
-// comes back under a session, so the copy is also read again this often.
-constexpr guint refreshIntervalMs = 1000;
+// How long cookie changes settle before the copy is read again and written:
+// a page that signs in sets several at once.
+constexpr guint rereadDelayMs = 250;
 
 SessionCookie::SameSite sameSiteOf(SoupCookie* cookie) {
     switch (soup_cookie_get_same_site_policy(cookie)) {
@@ -45,32 +43,27 @@ SoupSameSitePolicy soupPolicy(SessionCookie::SameSite policy) {
 struct WebSessions::Store {
     GObjectRef<WebKitNetworkSession> session;
     std::filesystem::path cookieFile;
-    // The store's session cookies as last read from the engine.
+    // The store's session cookies as last read from the engine, and whether
+    // the file holds them.
     std::vector<SessionCookie> sessionCookies;
+    bool saved = true;
     SignalConnection changed;
-    guint refreshSource = 0;
     guint rereadSource = 0;
     // The read in flight; a newer read or an erase cancels it, so that a
     // list read before an erase never comes back.
     GObjectRef<GCancellable> reading;
 
     ~Store() {
-        if (refreshSource) g_source_remove(refreshSource);
         if (rereadSource) g_source_remove(rereadSource);
         if (reading) g_cancellable_cancel(reading.get());
     }
 
     WebKitCookieManager* cookies() const { return webkit_network_session_get_cookie_manager(session.get()); }
 
+    // Every change the engine reports is read back and, when the session
+    // cookies differ, written at once, so that a crash keeps the sign-in.
     void follow() {
         changed = SignalConnection::connect<>(cookies(), "changed", [this] { scheduleReread(); });
-        refreshSource = g_timeout_add(
-            refreshIntervalMs,
-            [](gpointer data) -> gboolean {
-                static_cast<Store*>(data)->scheduleReread();
-                return G_SOURCE_CONTINUE;
-            },
-            this);
     }
 
     void scheduleReread() {
@@ -106,12 +99,19 @@ struct WebSessions::Store {
                     read->store->reading.reset();
                     // A read that failed says nothing about the cookies: the
                     // copy stays as it was until the next one.
-                    if (!failure) read->store->sessionCookies = sessionCookiesIn(list);
+                    if (!failure) read->store->take(sessionCookiesIn(list));
                 }
                 if (failure) g_error_free(failure);
                 g_list_free_full(list, reinterpret_cast<GDestroyNotify>(soup_cookie_free));
             },
             new Read{this, reading});
+    }
+
+    void take(std::vector<SessionCookie> found) {
+        if (found == sessionCookies && saved) return;
+        sessionCookies = std::move(found);
+        saved = false;
+        save();
     }
 
     static std::vector<SessionCookie> sessionCookiesIn(GList* list) {
@@ -163,12 +163,15 @@ struct WebSessions::Store {
         if (reading) g_cancellable_cancel(reading.get());
         reading.reset();
         sessionCookies.clear();
-        (void)writeSessionCookies(cookieFile, {});
+        saved = false;
+        save();
     }
 
-    void save() const {
-        // An unwritable folder loses the sign-ins kept in memory, as a crash would.
-        (void)writeSessionCookies(cookieFile, sessionCookies);
+    void save() {
+        if (saved) return;
+        // An unwritable folder loses the sign-ins kept in memory, as a crash
+        // would; the next change tries again.
+        saved = static_cast<bool>(writeSessionCookies(cookieFile, sessionCookies));
     }
 };
 
@@ -210,6 +213,7 @@ std::shared_ptr<WebSessions::Store> WebSessions::makeStore(const std::optional<U
                                                  WEBKIT_COOKIE_PERSISTENT_STORAGE_SQLITE);
     store->restore();
     store->follow();
+    WebDownloads::shared().follow(store->session.get());
     return store;
 }
 

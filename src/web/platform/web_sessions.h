@@ -24,9 +24,10 @@ namespace lectern {
 // process (the store cache). Main thread only.
 //
 // The engine keeps only cookies with an expiry on disk. Session cookies
-// (many sign-ins use them) are copied as they change into memory, written
-// to each used store's session-cookies.json by saveSessionCookies() when the
-// application ends, and given back to the store's session when it is made,
+// (many sign-ins use them) are read back whenever the engine reports a
+// cookie change, written to the store's session-cookies.json when they
+// differ from what it holds (and by saveSessionCookies() when the
+// application ends), and given back to the store's session when it is made,
 // before it loads anything.
 class WebSessions : public WebsiteDataStores, public CookieSource {
 public:
@@ -54,8 +55,9 @@ public:
     Status removeStore(const Uuid& profileId) override;
 
     // Writes the session cookies last seen in every store opened in this
-    // process to its data folder (a store without any has no file). Quick
-    // and synchronous: nothing is asked of the engine.
+    // process to its data folder where the file does not hold them yet (a
+    // store without any has no file). Quick and synchronous: nothing is
+    // asked of the engine.
     void saveSessionCookies();
 
     // The cookies of a profile's store, for demo requests that send them.
