@@ -27,6 +27,7 @@
 #include "web/platform/web_address_field.h"
 #include "web/platform/web_card.h"
 #include "web/platform/web_check_sheet.h"
+#include "web/platform/web_downloads.h"
 #include "web/platform/web_services.h"
 #include "web/profiles_in_use.h"
 
@@ -146,6 +147,7 @@ DeckWindow::~DeckWindow() {
     // Take the widgets down while the state they observe is still here. A
     // window taken down without closing still writes what is waiting, with
     // nowhere left to say if that fails.
+    WebDownloads::shared().stopListening(downloadListener_);
     if (!closing_) (void)autosaver_->flush();
     rememberPlace();
     stage_->webCard().clear();
@@ -216,6 +218,9 @@ void DeckWindow::buildContent() {
     adw_toast_overlay_set_child(toasts_.get(), GTK_WIDGET(layout_->gobj()));
     gtk_box_append(content->gobj(), GTK_WIDGET(toasts_.get()));
     set_child(*content);
+    downloadListener_ = WebDownloads::shared().listen([this](const DownloadReport& report) {
+        if (report.window == GTK_ROOT(gobj())) downloadEnded(report);
+    });
 }
 
 void DeckWindow::focusNextPane() {

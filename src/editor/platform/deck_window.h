@@ -36,6 +36,7 @@ class SlideNavigator;
 class StageView;
 class WebCard;
 class WebCheckSheet;
+struct DownloadReport;
 
 // The window of one open deck: its document, its presentation state and
 // the editor around the stage. In the editor it shows a header bar, the
@@ -131,6 +132,9 @@ private:
     void confirmClose();
     bool on_close_request() override;
     void showBrowserProfiles();
+    // A download from a page in this window ended: a toast names the file
+    // (or says it failed) without taking the keyboard from the stage.
+    void downloadEnded(const DownloadReport& report);
     // Coming back: the size before the window is first shown and the slide
     // once the deck is open; written a little after the slide changes, when
     // the deck moves to a new package and when the window closes.
@@ -173,6 +177,7 @@ private:
     bool warnedOfFailedSave_ = false;  // closing again discards the change
     TrustReview trustReview_;
     bool wasFullScreen_ = false;
+    int downloadListener_ = 0;
     Signal<const DeckChange&>::Connection deckConnection_;
     Signal<PresentationField>::Connection stateConnection_;
     Signal<const Error&>::Connection saveFailedConnection_;

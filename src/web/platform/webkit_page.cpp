@@ -54,6 +54,7 @@ WebKitPage::WebKitPage(WebKitNetworkSession* session, bool accelerated)
                 auto* self = static_cast<WebKitPage*>(data);
                 if (event == WEBKIT_LOAD_STARTED) {
                     self->lastFailed_ = false;
+                    self->downloading_ = false;
                     self->armTimeout();
                 }
                 if (event != WEBKIT_LOAD_FINISHED) return;
@@ -74,6 +75,11 @@ WebKitPage::WebKitPage(WebKitNetworkSession* session, bool accelerated)
                 self->failed_ = true;
                 self->disarmTimeout();
                 bool cancelled = g_error_matches(error, WEBKIT_NETWORK_ERROR, WEBKIT_NETWORK_ERROR_CANCELLED);
+                // A load handed to the downloads: the page shown stays.
+                if (std::exchange(self->downloading_, false) &&
+                    g_error_matches(error, WEBKIT_POLICY_ERROR, WEBKIT_POLICY_ERROR_FRAME_LOAD_INTERRUPTED_BY_POLICY_CHANGE)) {
+                    cancelled = true;
+                }
                 std::string message = error->message;
                 if (auto refused = std::exchange(self->refusedRedirect_, std::nullopt)) {
                     // The engine calls it interrupted; the reason is ours.
@@ -118,12 +124,28 @@ WebKitPage::WebKitPage(WebKitNetworkSession* session, bool accelerated)
                 webkit_authentication_request_cancel(request);
                 return gboolean(TRUE);
             }));
+    connect("script-dialog", G_CALLBACK(+[](WebKitWebView* view, WebKitScriptDialog* dialog, gpointer) {
+                // Leaving a page is never held up: the stage moves on and
+                // reloads whatever the page says.
+                WebKitScriptDialogType kind = webkit_script_dialog_get_dialog_type(dialog);
+                if (kind == WEBKIT_SCRIPT_DIALOG_BEFORE_UNLOAD_CONFIRM) {
+                    webkit_script_dialog_confirm_set_confirmed(dialog, TRUE);
+                    return gboolean(TRUE);
+                }
+                // A page on show gets the engine's dialog, drawn inside the
+                // page itself.
+                if (gtk_widget_get_root(GTK_WIDGET(view))) return gboolean(FALSE);
+                // A page in no window is answered at once, as a person who
+                // says no would: dismissed, not confirmed, no text. Its
+                // scripts, and its load, go on.
+                if (kind == WEBKIT_SCRIPT_DIALOG_CONFIRM) webkit_script_dialog_confirm_set_confirmed(dialog, FALSE);
+                return gboolean(TRUE);
+            }));
     connect("decide-policy",
             G_CALLBACK(+[](WebKitWebView*, WebKitPolicyDecision* decision, WebKitPolicyDecisionType type, gpointer data) {
                 auto* self = static_cast<WebKitPage*>(data);
                 if (type == WEBKIT_POLICY_DECISION_TYPE_RESPONSE) {
-                    self->responseArrived(WEBKIT_RESPONSE_POLICY_DECISION(decision));
-                    return gboolean(FALSE);  // the engine's usual decision
+                    return gboolean(self->responseArrived(WEBKIT_RESPONSE_POLICY_DECISION(decision)));
                 }
                 auto* navigation = WEBKIT_NAVIGATION_POLICY_DECISION(decision);
                 if (self->mayNavigate(webkit_navigation_policy_decision_get_navigation_action(navigation),
@@ -153,10 +175,30 @@ WebKitPage::~WebKitPage() {
     }
 }
 
-void WebKitPage::responseArrived(WebKitResponsePolicyDecision* response) {
-    if (!delegate_ || !webkit_response_policy_decision_is_main_frame_main_resource(response)) return;
+bool WebKitPage::responseArrived(WebKitResponsePolicyDecision* response) {
+    const bool mainFrame = webkit_response_policy_decision_is_main_frame_main_resource(response);
     WebKitURIResponse* answer = webkit_response_policy_decision_get_response(response);
-    delegate_->responseReceived(static_cast<int>(webkit_uri_response_get_status_code(answer)));
+    // What the page cannot show is a file to keep (the engine would drop a
+    // type it cannot show without a word), and so is what the site sends as
+    // an attachment, from any frame.
+    SoupMessageHeaders* headers = webkit_uri_response_get_http_headers(answer);
+    const char* disposition = headers ? soup_message_headers_get_one(headers, "Content-Disposition") : nullptr;
+    const bool attachment = disposition && g_ascii_strncasecmp(disposition, "attachment", 10) == 0;
+    const bool unshowable = mainFrame && !webkit_response_policy_decision_is_mime_type_supported(response);
+    if (attachment || unshowable) {
+        if (gtk_widget_get_root(widget())) {
+            // The page stays as it is; the load that became a download ends
+            // quietly (see load-failed).
+            if (mainFrame) downloading_ = true;
+            webkit_policy_decision_download(WEBKIT_POLICY_DECISION(response));
+        } else {
+            // A page in no window downloads nothing.
+            webkit_policy_decision_ignore(WEBKIT_POLICY_DECISION(response));
+        }
+        return true;
+    }
+    if (delegate_ && mainFrame) delegate_->responseReceived(static_cast<int>(webkit_uri_response_get_status_code(answer)));
+    return false;  // the engine's usual decision
 }
 
 bool WebKitPage::mayNavigate(WebKitNavigationAction* action, bool newWindow) {

@@ -42,7 +42,9 @@ public:
     void reload() override;
 
 private:
-    void responseArrived(WebKitResponsePolicyDecision* response);
+    // Tells the owner of the main page's answer; true when the response was
+    // decided here (downloaded, or refused in a page in no window).
+    bool responseArrived(WebKitResponsePolicyDecision* response);
     // Whether a navigation may go ahead: web addresses only, for the page
     // itself, new windows and redirects alike.
     bool mayNavigate(WebKitNavigationAction* action, bool newWindow);
@@ -59,6 +61,7 @@ private:
     std::string requested_;    // the address last asked for
     std::uint64_t loads_ = 0;  // counts load() calls: a late answer about an older load is dropped
     bool lastFailed_ = false;  // the last load ended in failure or timed out
+    bool downloading_ = false;  // the running load became a download
     std::optional<std::string> refusedRedirect_;  // why the running load's redirect was refused
     // Script calls in flight hold this; the page going away cancels them.
     GObjectRef<GCancellable> cancellable_;
