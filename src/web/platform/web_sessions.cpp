@@ -7,12 +7,23 @@
 #include <system_error>
 
 #include "base/translation.h"
+#include "web/trusted_certificates.h"
 
 namespace lectern {
 
 namespace {
 
 std::filesystem::path userFolder(const char* base) { return std::filesystem::path(base) / "lectern" / "web"; }
+
+// Lets the session accept one certificate for one host; false when the PEM
+// is no certificate.
+bool allowCertificate(WebKitNetworkSession* session, const std::string& host, const std::string& pem) {
+    GTlsCertificate* certificate = g_tls_certificate_new_from_pem(pem.c_str(), static_cast<gssize>(pem.size()), nullptr);
+    if (!certificate) return false;
+    webkit_network_session_allow_tls_certificate_for_host(session, certificate, host.c_str());
+    g_object_unref(certificate);
+    return true;
+}
 
 }  // namespace
 
@@ -50,6 +61,10 @@ GObjectRef<WebKitNetworkSession> WebSessions::makeSession(const std::optional<Uu
     std::string cookies = (dataFolder(profileId) / "cookies.sqlite").string();
     webkit_cookie_manager_set_persistent_storage(webkit_network_session_get_cookie_manager(session.get()),
                                                  cookies.c_str(), WEBKIT_COOKIE_PERSISTENT_STORAGE_SQLITE);
+    // Certificates the user trusted in this store, before any page loads.
+    for (const auto& trusted : TrustedCertificates::read(dataFolder(profileId) / TrustedCertificates::fileName)) {
+        allowCertificate(session.get(), trusted.host, trusted.pem);
+    }
     return session;
 }
 
@@ -63,7 +78,19 @@ WebKitNetworkSession* WebSessions::session(const std::optional<Uuid>& profileId)
     return it->second.get();
 }
 
+Status WebSessions::trustCertificate(const std::optional<Uuid>& profileId, const std::string& host,
+                                     const std::string& pem) {
+    if (!allowCertificate(session(profileId), host, pem)) return Error{_("The certificate could not be read.")};
+    std::error_code ignored;
+    std::filesystem::create_directories(dataFolder(profileId), ignored);
+    return TrustedCertificates::add(dataFolder(profileId) / TrustedCertificates::fileName, host, pem);
+}
+
 void WebSessions::erase(const std::optional<Uuid>& profileId, std::function<void()> done) {
+    // The engine's data clearing does not know our list of trusted
+    // certificates: it goes with the rest.
+    std::error_code ignored;
+    std::filesystem::remove(dataFolder(profileId) / TrustedCertificates::fileName, ignored);
     WebKitWebsiteDataManager* manager = webkit_network_session_get_website_data_manager(session(profileId));
     auto* callback = new std::function<void()>(std::move(done));
     webkit_website_data_manager_clear(
