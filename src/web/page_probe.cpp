@@ -87,6 +87,10 @@ void PageProbe::processTerminated() {
     finish(WebCheckOutcome::failed(_("The page’s web process stopped unexpectedly")));
 }
 
+void PageProbe::certificateRejected(const HostCertificate& certificate) {
+    if (!checkingForm_) finish(WebCheckOutcome::failed(untrustedCertificateMessage(certificate.place())));
+}
+
 bool PageProbe::authenticationRequested() {
     if (!checkingForm_) finish(WebCheckOutcome::failed(httpFailureMessage(401)));
     return true;

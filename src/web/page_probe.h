@@ -62,6 +62,8 @@ return false;
     void loadFinished() override;
     void loadFailed(const std::string& message, bool cancelled) override;
     void processTerminated() override;
+    // A server certificate nobody trusted yet fails with the way to trust it.
+    void certificateRejected(const HostCertificate& certificate) override;
     // A page behind HTTP authentication fails at once: nobody is there to
     // sign in to a hidden page.
     bool authenticationRequested() override;

@@ -104,6 +104,11 @@ std::string httpFailureMessage(int status) {
     return formatText(_("HTTP %d \u2014 %s"), status, httpStatusText(status).c_str());
 }
 
+std::string untrustedCertificateMessage(const std::string& place) {
+    return formatText(_("Untrusted certificate for %s \u2014 open the slide and choose Trust This Certificate\u2026"),
+                      place.c_str());
+}
+
 bool looksLikeSignIn(const std::string& url) {
     UriPtr uri = parse(url);
     return uri && looksLikeSignIn(uri.get());

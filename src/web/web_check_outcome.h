@@ -40,6 +40,11 @@ std::optional<std::string> redirectNote(const std::string& requested, const std:
 // "login", "signin", "sign-in", "sso" or "auth".
 bool looksLikeSignIn(const std::string& url);
 
+// The failure of a page whose server certificate the engine rejected, with
+// the way to trust it: "Untrusted certificate for 127.0.0.1:8443 — open the
+// slide and choose Trust This Certificate…".
+std::string untrustedCertificateMessage(const std::string& place);
+
 // The note of a page that stayed at its own address but shows a form asking
 // for a password: the session behind it has ended.
 inline constexpr const char* signInFormNote = N_("Shows a sign-in form");

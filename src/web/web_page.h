@@ -7,6 +7,7 @@
 
 #include "model/uuid.h"
 #include "web/live_web_view.h"
+#include "web/trusted_certificates.h"
 
 namespace lectern {
 
@@ -22,6 +23,10 @@ public:
     virtual void loadFinished() = 0;
     // A load failed. `cancelled` is true when another load replaced it.
     virtual void loadFailed(const std::string& message, bool cancelled) = 0;
+    // The engine rejected the main frame's server certificate; loadFailed
+    // follows at once with the reason. The user may trust exactly this
+    // certificate for its host in the page's store (WebSessions).
+    virtual void certificateRejected(const HostCertificate& /*certificate*/) {}
     // The page's web process crashed or was killed.
     virtual void processTerminated() {}
     // The page asked for a new window (a link with a target) for `url`.

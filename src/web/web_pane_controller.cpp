@@ -1,5 +1,7 @@
 #include "web/web_pane_controller.h"
 
+#include <utility>
+
 #include "web/refused_address.h"
 #include "web/web_prefetcher.h"
 
@@ -68,8 +70,11 @@ void WebPaneController::registerPage() {
     if (registry_ && inputs_.slideId) registry_->registerView(*inputs_.slideId, page_);
 }
 
+void WebPaneController::retry() { loadCurrent(); }
+
 void WebPaneController::loadCurrent() {
     lastLoadedUrl_ = inputs_.url;
+    rejectedCertificate_.reset();
     // Loading first: a page may refuse the address at once, and its
     // failure must be the status that stays.
     postStatus(WebLoadStatus::loading());
@@ -91,8 +96,10 @@ void WebPaneController::loadFinished() { postStatus(WebLoadStatus::loaded()); }
 void WebPaneController::loadFailed(const std::string& message, bool cancelled) {
     // A load replaced by another is not a failure.
     if (cancelled) return;
-    postStatus(WebLoadStatus::failed(message));
+    postStatus(WebLoadStatus::failed(message, std::exchange(rejectedCertificate_, std::nullopt)));
 }
+
+void WebPaneController::certificateRejected(const HostCertificate& certificate) { rejectedCertificate_ = certificate; }
 
 void WebPaneController::processTerminated() { page_->reload(); }
 

@@ -40,6 +40,9 @@ public:
     WebPaneController& operator=(const WebPaneController&) = delete;
 
     void update(const Inputs& inputs);
+    // Loads the address again (status loading), as after the user trusted
+    // the certificate that made it fail.
+    void retry();
 
     const std::shared_ptr<WebPage>& page() const { return page_; }
     const WebLoadStatus& status() const { return status_; }
@@ -56,6 +59,7 @@ private:
 
     void loadFinished() override;
     void loadFailed(const std::string& message, bool cancelled) override;
+    void certificateRejected(const HostCertificate& certificate) override;
     void processTerminated() override;
     void newWindowRequested(const std::string& url) override;
 
@@ -68,6 +72,8 @@ private:
     std::optional<PrefetchKey> prefetchKey_;
     std::optional<std::string> lastLoadedUrl_;
     WebLoadStatus status_;
+    // Told by the page just before the failure it belongs to.
+    std::optional<HostCertificate> rejectedCertificate_;
     bool adopted_ = false;
     Signal<> statusChanged_;
     std::shared_ptr<bool> alive_ = std::make_shared<bool>(true);

@@ -37,6 +37,10 @@ PresentingStage::PresentingStage(DeckEditor& editor, Scheduler& scheduler, Worke
     webAddressConnection_ = webCard_->addressCommitted().connect([this](std::optional<std::string> url) {
         editor_.editCurrentSlide(_("Set Web Address"), [&url](Slide& slide) { slide.url = url; });
     });
+    webCard_->setProfileNames([this](const Uuid& id) {
+        const BrowserProfile* profile = editor_.deck().profile(id);
+        return profile ? profile->name : std::string();
+    });
     webCardStyle_ = Gtk::CssProvider::create();
     webCard_->get_style_context()->add_provider(webCardStyle_, GTK_STYLE_PROVIDER_PRIORITY_APPLICATION);
 

@@ -2,7 +2,12 @@
 
 #include <glib/gi18n.h>
 
+#include <string_view>
+
+#include "base/platform/accessible.h"
+#include "base/translation.h"
 #include "slides/quick_look_theme.h"
+#include "web/platform/web_sessions.h"
 #include "web/platform/webkit_page.h"
 #include "web/web_prefetcher.h"
 #include "web/web_zoom.h"
@@ -41,6 +46,14 @@ WebCard::WebCard(WebKitPageFactory& pages, Scheduler& scheduler, WebPrefetcher* 
     message_.append(messageIcon_);
     message_.append(messageTitle_);
     message_.append(messageDetail_);
+    trust_.set_label(_("Trust This Certificate…"));
+    setAccessibleLabel(trust_, _("Trust This Certificate…"));
+    trust_.set_tooltip_text(_("Let this slide’s browser session accept this server’s certificate"));
+    trust_.set_halign(Gtk::Align::CENTER);
+    trust_.set_margin_top(6);
+    trust_.add_css_class("pill");
+    trust_.signal_clicked().connect([this] { askToTrust(); });
+    message_.append(trust_);
     message_.set_halign(Gtk::Align::CENTER);
     message_.set_valign(Gtk::Align::CENTER);
     message_.set_can_target(false);
@@ -85,7 +98,10 @@ WebCard::WebCard(WebKitPageFactory& pages, Scheduler& scheduler, WebPrefetcher* 
     refresh();
 }
 
-WebCard::~WebCard() { clear(); }
+WebCard::~WebCard() {
+    closeTrustQuestion();
+    clear();
+}
 
 void WebCard::setTheme(Theme theme) {
     if (theme_ == theme) return;
@@ -97,6 +113,7 @@ void WebCard::setTheme(Theme theme) {
 }
 
 void WebCard::clear() {
+    closeTrustQuestion();
     statusConnection_.disconnect();
     detachPage();
     pane_.reset();
@@ -168,6 +185,11 @@ void WebCard::refresh() {
         messageDetail_.set_text(status.message);
         messageDetail_.set_visible(true);
     }
+    // Only the presenter preparing a talk is asked: on stage nothing asks.
+    const bool canTrust = failed && editing_ && status.untrustedCertificate.has_value();
+    trust_.set_visible(canTrust);
+    message_.set_can_target(canTrust);
+    if (!canTrust) closeTrustQuestion();
     message_.set_visible(isWeb && (!hasAddress_ || failed));
     if (message_.get_visible()) add_css_class("showing-message"); else remove_css_class("showing-message");
     host_.set_visible(hasAddress_ && !failed);
@@ -181,6 +203,46 @@ void WebCard::refresh() {
     zoomBadge_.set_visible(zoomed);
     corner_.set_visible(hasAddress_ && editing_ && !failed);
     set_visible(isWeb);
+}
+
+void WebCard::askToTrust() {
+    if (!pane_ || !pane_->status().untrustedCertificate || trustQuestion_) return;
+    const HostCertificate certificate = *pane_->status().untrustedCertificate;
+    const std::optional<Uuid> profileId = pane_->inputs().profileId;
+    std::string store = _("the shared session");
+    if (profileId) {
+        std::string name = profileName_ ? profileName_(*profileId) : std::string();
+        store = formatText(_("the browser profile “%s”"), name.empty() ? _("Untitled profile") : name.c_str());
+    }
+    std::string heading = formatText(_("Trust the Certificate of %s?"), certificate.place().c_str());
+    std::string body = formatText(_("Pages from %s in %s will accept this certificate, which the web engine could not "
+                                    "verify. Trust it only for a server you know, such as a demo on this computer."),
+                                  certificate.host.c_str(), store.c_str());
+    auto* window = dynamic_cast<Gtk::Window*>(get_root());
+    auto* dialog = ADW_MESSAGE_DIALOG(
+        adw_message_dialog_new(window ? window->gobj() : nullptr, heading.c_str(), body.c_str()));
+    adw_message_dialog_add_responses(dialog, "cancel", _("Cancel"), "trust", _("Trust Certificate"), nullptr);
+    adw_message_dialog_set_response_appearance(dialog, "trust", ADW_RESPONSE_DESTRUCTIVE);
+    adw_message_dialog_set_default_response(dialog, "cancel");
+    adw_message_dialog_set_close_response(dialog, "cancel");
+    trustQuestion_ = GObjectRef<AdwMessageDialog>::retain(dialog);
+    trustResponse_ = SignalConnection::connect<const char*>(
+        dialog, "response", [this, certificate, profileId](const char* response) {
+            trustQuestion_.reset();  // the dialog closes itself
+            if (std::string_view(response) != "trust") return;
+            Status trusted = pages_.sessions().trustCertificate(profileId, certificate.host, certificate.pem);
+            // The page loads again if it is still the one that asked.
+            if (trusted && pane_ && pane_->inputs().profileId == profileId) pane_->retry();
+            if (!trusted) messageDetail_.set_text(trusted.error().message);
+        });
+    gtk_window_present(GTK_WINDOW(dialog));
+}
+
+void WebCard::closeTrustQuestion() {
+    if (!trustQuestion_) return;
+    GObjectRef<AdwMessageDialog> dialog = std::move(trustQuestion_);
+    trustResponse_.disconnect();
+    gtk_window_destroy(GTK_WINDOW(dialog.get()));
 }
 
 }  // namespace lectern

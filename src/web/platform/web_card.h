@@ -1,5 +1,6 @@
 #pragma once
 
+#include <adwaita.h>
 #include <gtkmm.h>
 
 #include <functional>
@@ -7,6 +8,7 @@
 #include <optional>
 
 #include "model/deck_enums.h"
+#include "base/platform/gobject_ref.h"
 #include "base/signal.h"
 #include "model/slide.h"
 #include "web/live_web_view_registry.h"
@@ -23,6 +25,9 @@ class WebPrefetcher;
 // the engine's message when loading failed, and a spinner while it loads.
 // While editing, the address field floats at the top over the page, and
 // zoom buttons and the page-zoom badge (click for actual size) at the bottom.
+// A page whose server certificate was rejected offers, while editing,
+// "Trust This Certificate…": it asks, then trusts exactly that certificate
+// for that host in the slide's store and loads the page again.
 // The window places it over the slide's web area.
 class WebCard : public Gtk::Overlay {
 public:
@@ -39,7 +44,13 @@ public:
     // the web area's own background, readable in the editor and on stage.
     void setTheme(Theme theme);
 
+    // Names a browser profile of the deck for the question before trusting a
+    // certificate ("Untitled profile" for an empty name).
+    void setProfileNames(std::function<std::string(const Uuid&)> name) { profileName_ = std::move(name); }
+
     const WebPaneController* pane() const { return pane_.get(); }
+    // The question asked before trusting a certificate, while it is open.
+    AdwMessageDialog* trustQuestion() const { return trustQuestion_.get(); }
     // The presenter asked for another page zoom for the shown slide.
     Signal<double>& zoomRequested() { return zoomRequested_; }
     // An address was committed in the editor's field (none: cleared).
@@ -50,6 +61,8 @@ private:
     void attachPage();
     void detachPage();
     void refresh();
+    void askToTrust();
+    void closeTrustQuestion();
 
     WebKitPageFactory& pages_;
     Scheduler& scheduler_;
@@ -71,6 +84,10 @@ private:
     Gtk::Image messageIcon_;
     Gtk::Label messageTitle_;
     Gtk::Label messageDetail_;
+    Gtk::Button trust_;
+    std::function<std::string(const Uuid&)> profileName_;
+    GObjectRef<AdwMessageDialog> trustQuestion_;
+    SignalConnection trustResponse_;
     Gtk::Box corner_{Gtk::Orientation::HORIZONTAL, 4};
     Gtk::Spinner spinner_;
     Gtk::Button zoomOut_;

@@ -9,6 +9,7 @@
 #include "base/translation.h"
 #include "web/platform/web_downloads.h"
 #include "web/session_cookie_file.h"
+#include "web/trusted_certificates.h"
 
 namespace lectern {
 
@@ -36,6 +37,16 @@ SoupSameSitePolicy soupPolicy(SessionCookie::SameSite policy) {
         case SessionCookie::SameSite::lax: break;
     }
     return SOUP_SAME_SITE_POLICY_LAX;
+}
+
+// Lets the session accept one certificate for one host; false when the PEM
+// is no certificate.
+bool allowCertificate(WebKitNetworkSession* session, const std::string& host, const std::string& pem) {
+    GTlsCertificate* certificate = g_tls_certificate_new_from_pem(pem.c_str(), static_cast<gssize>(pem.size()), nullptr);
+    if (!certificate) return false;
+    webkit_network_session_allow_tls_certificate_for_host(session, certificate, host.c_str());
+    g_object_unref(certificate);
+    return true;
 }
 
 }  // namespace
@@ -211,6 +222,10 @@ std::shared_ptr<WebSessions::Store> WebSessions::makeStore(const std::optional<U
     std::string cookies = (dataFolder(profileId) / "cookies.sqlite").string();
     webkit_cookie_manager_set_persistent_storage(store->cookies(), cookies.c_str(),
                                                  WEBKIT_COOKIE_PERSISTENT_STORAGE_SQLITE);
+    // Certificates the user trusted in this store, before any page loads.
+    for (const auto& trusted : TrustedCertificates::read(dataFolder(profileId) / TrustedCertificates::fileName)) {
+        allowCertificate(store->session.get(), trusted.host, trusted.pem);
+    }
     store->restore();
     store->follow();
     WebDownloads::shared().follow(store->session.get());
@@ -232,7 +247,19 @@ void WebSessions::saveSessionCookies() {
     for (const auto& [id, store] : profiles_) store->save();
 }
 
+Status WebSessions::trustCertificate(const std::optional<Uuid>& profileId, const std::string& host,
+                                     const std::string& pem) {
+    if (!allowCertificate(session(profileId), host, pem)) return Error{_("The certificate could not be read.")};
+    std::error_code ignored;
+    std::filesystem::create_directories(dataFolder(profileId), ignored);
+    return TrustedCertificates::add(dataFolder(profileId) / TrustedCertificates::fileName, host, pem);
+}
+
 void WebSessions::erase(const std::optional<Uuid>& profileId, std::function<void()> done) {
+    // The engine's data clearing does not know our list of trusted
+    // certificates: it goes with the rest.
+    std::error_code ignored;
+    std::filesystem::remove(dataFolder(profileId) / TrustedCertificates::fileName, ignored);
     WebKitWebsiteDataManager* manager = webkit_network_session_get_website_data_manager(session(profileId));
     // The saved session cookies go at once, so that even a process that
     // ends before the engine is done has signed out.

@@ -60,6 +60,15 @@ public:
     // asked of the engine.
     void saveSessionCookies();
 
+    // Lets pages of a store (none: the shared session) accept exactly this
+    // certificate (PEM) for `host`, which the engine rejected; any other
+    // certificate for the host is still rejected. Remembered in the store's
+    // data folder: a session made later (after a restart) accepts it again
+    // before its first load. Erasing or removing the store forgets it; a
+    // session already made keeps accepting it until the process ends, as
+    // the engine cannot take an exception back.
+    Status trustCertificate(const std::optional<Uuid>& profileId, const std::string& host, const std::string& pem);
+
     // The cookies of a profile's store, for demo requests that send them.
     void allCookies(const std::optional<Uuid>& profileId,
                     std::function<void(std::vector<HttpCookie>)> done) override;

@@ -29,6 +29,35 @@ bool hasScheme(std::string_view uri, std::initializer_list<std::string_view> sch
     return false;
 }
 
+// Why the engine rejected a server certificate, worst first: a certificate
+// for another site before one that is merely self-signed.
+std::string certificateReason(GTlsCertificateFlags errors) {
+    if (errors & G_TLS_CERTIFICATE_BAD_IDENTITY) return _("The certificate is for another host.");
+    if (errors & G_TLS_CERTIFICATE_REVOKED) return _("The certificate has been revoked.");
+    if (errors & G_TLS_CERTIFICATE_EXPIRED) return _("The certificate has expired.");
+    if (errors & G_TLS_CERTIFICATE_NOT_ACTIVATED) return _("The certificate is not valid yet.");
+    if (errors & G_TLS_CERTIFICATE_INSECURE) return _("The certificate uses an insecure algorithm.");
+    if (errors & G_TLS_CERTIFICATE_UNKNOWN_CA) return _("The certificate is self-signed or from an unknown authority.");
+    return _("The certificate is not valid.");
+}
+
+// The host, port and certificate of a page the engine refused over TLS.
+std::optional<HostCertificate> rejectedCertificate(const char* uri, GTlsCertificate* certificate) {
+    if (!uri || !certificate) return std::nullopt;
+    GUri* parsed = g_uri_parse(uri, G_URI_FLAGS_NONE, nullptr);
+    if (!parsed) return std::nullopt;
+    HostCertificate rejected;
+    rejected.host = g_uri_get_host(parsed) ? g_uri_get_host(parsed) : "";
+    rejected.port = g_uri_get_port(parsed) > 0 ? g_uri_get_port(parsed) : 443;
+    g_uri_unref(parsed);
+    char* pem = nullptr;
+    g_object_get(certificate, "certificate-pem", &pem, nullptr);
+    if (pem) rejected.pem = pem;
+    g_free(pem);
+    if (rejected.host.empty() || rejected.pem.empty()) return std::nullopt;
+    return rejected;
+}
+
 struct ScriptCall {
     std::function<void(Result<std::optional<std::string>>)> done;
 };
@@ -89,6 +118,21 @@ WebKitPage::WebKitPage(WebKitNetworkSession* session, bool accelerated)
                 if (!cancelled) self->lastFailed_ = true;
                 if (self->delegate_) self->delegate_->loadFailed(message, cancelled);
                 // The pane shows the failure itself: no engine error page.
+                return gboolean(TRUE);
+            }));
+    connect("load-failed-with-tls-errors",
+            G_CALLBACK(+[](WebKitWebView*, char* uri, GTlsCertificate* certificate, GTlsCertificateFlags errors,
+                           gpointer data) {
+                auto* self = static_cast<WebKitPage*>(data);
+                // Handled here, the engine reports no plain failure after
+                // it; it still ends the load with "finished".
+                self->failed_ = true;
+                self->lastFailed_ = true;
+                self->disarmTimeout();
+                if (self->delegate_) {
+                    if (auto rejected = rejectedCertificate(uri, certificate)) self->delegate_->certificateRejected(*rejected);
+                }
+                if (self->delegate_) self->delegate_->loadFailed(certificateReason(errors), false);
                 return gboolean(TRUE);
             }));
     connect("web-process-terminated", G_CALLBACK(+[](WebKitWebView*, WebKitWebProcessTerminationReason, gpointer data) {

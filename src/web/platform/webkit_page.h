@@ -72,6 +72,7 @@ class WebKitPageFactory : public WebPageFactory {
 public:
     explicit WebKitPageFactory(WebSessions& sessions) : sessions_(sessions) {}
     std::shared_ptr<WebPage> makePage(const std::optional<Uuid>& profileId) override;
+    WebSessions& sessions() const { return sessions_; }
 
     // The size of the stage's web area: new pages are laid out at it even
     // while no window shows them (pages loaded ahead).

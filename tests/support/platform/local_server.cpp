@@ -17,12 +17,23 @@ void iterateFor(unsigned ms) {
     iterateUntil([] { return false; }, ms);
 }
 
-LocalServer::LocalServer() : server_(soup_server_new(nullptr, nullptr)) {
+LocalServer::LocalServer() : LocalServer(std::filesystem::path()) {}
+
+LocalServer::LocalServer(const std::filesystem::path& tlsCertificate) : server_(soup_server_new(nullptr, nullptr)) {
+    if (!tlsCertificate.empty()) {
+        GError* error = nullptr;
+        GTlsCertificate* certificate = g_tls_certificate_new_from_file(tlsCertificate.c_str(), &error);
+        if (!certificate) g_error("no certificate: %s", error ? error->message : "unknown error");
+        soup_server_set_tls_certificate(server_, certificate);
+        g_object_unref(certificate);
+        scheme_ = "https";
+    }
     soup_server_add_handler(server_, nullptr, &LocalServer::handle, this, nullptr);
     GError* error = nullptr;
     // Also used by the benchmarks, so no test macros here: a server that
     // cannot listen is a broken machine.
-    if (!soup_server_listen_local(server_, 0, SOUP_SERVER_LISTEN_IPV4_ONLY, &error)) {
+    auto options = SoupServerListenOptions(SOUP_SERVER_LISTEN_IPV4_ONLY | (scheme_ == "https" ? SOUP_SERVER_LISTEN_HTTPS : 0));
+    if (!soup_server_listen_local(server_, 0, options, &error)) {
         g_error("no local server: %s", error ? error->message : "unknown error");
     }
     GSList* uris = soup_server_get_uris(server_);
@@ -38,11 +49,11 @@ LocalServer::~LocalServer() {
 }
 
 std::string LocalServer::url(const std::string& path) const {
-    return "http://127.0.0.1:" + std::to_string(port_) + path;
+    return scheme_ + "://127.0.0.1:" + std::to_string(port_) + path;
 }
 
 std::string LocalServer::localhostUrl(const std::string& path) const {
-    return "http://localhost:" + std::to_string(port_) + path;
+    return scheme_ + "://localhost:" + std::to_string(port_) + path;
 }
 
 void LocalServer::route(const std::string& path, Route route) { routes_[path] = std::move(route); }

@@ -2,6 +2,7 @@
 
 #include <libsoup/soup.h>
 
+#include <filesystem>
 #include <functional>
 #include <map>
 #include <string>
@@ -36,11 +37,13 @@ public:
     using Route = std::function<Answer(const Request&)>;
 
     LocalServer();
+    // An HTTPS server with the certificate and key in this PEM file.
+    explicit LocalServer(const std::filesystem::path& tlsCertificate);
     ~LocalServer();
     LocalServer(const LocalServer&) = delete;
     LocalServer& operator=(const LocalServer&) = delete;
 
-    // http://127.0.0.1:<port><path>
+    // http://127.0.0.1:<port><path> (https for an HTTPS server)
     std::string url(const std::string& path) const;
     // http://localhost:<port><path>: the same server under another host name.
     std::string localhostUrl(const std::string& path) const;
@@ -60,6 +63,7 @@ private:
     void respond(SoupServerMessage* message, const Answer& answer);
 
     SoupServer* server_;
+    std::string scheme_ = "http";
     int port_ = 0;
     std::map<std::string, Route> routes_;
     std::vector<Request> seen_;
