@@ -1,6 +1,8 @@
 #include "web/web_pane_controller.h"
 
+#include "web/page_probe.h"
 #include "web/refused_address.h"
+#include "web/web_check_outcome.h"
 #include "web/web_prefetcher.h"
 
 namespace lectern {
@@ -33,6 +35,7 @@ WebPaneController::WebPaneController(Inputs inputs, WebPageFactory& pages, Sched
     } else {
         // A prefetched page that is already there: shown as it is.
         postStatus(WebLoadStatus::loaded());
+        checkForSignInForm();
     }
 }
 
@@ -73,7 +76,26 @@ void WebPaneController::loadCurrent() {
     // Loading first: a page may refuse the address at once, and its
     // failure must be the status that stays.
     postStatus(WebLoadStatus::loading());
+    ++loads_;
+    setShowsSignInForm(false);
     page_->load(inputs_.url);
+}
+
+void WebPaneController::checkForSignInForm() {
+    unsigned load = ++loads_;
+    if (looksLikeSignIn(page_->currentUrl())) {
+        setShowsSignInForm(false);  // a sign-in page is expected to show its form
+        return;
+    }
+    PageProbe::askForSignInForm(*page_, [this, alive = alive_, load](bool shows) {
+        if (*alive && load == loads_) setShowsSignInForm(shows);
+    });
+}
+
+void WebPaneController::setShowsSignInForm(bool shows) {
+    if (showsSignInForm_ == shows) return;
+    showsSignInForm_ = shows;
+    signInFormChanged_.emit();
 }
 
 void WebPaneController::postStatus(WebLoadStatus status) {
@@ -86,7 +108,10 @@ void WebPaneController::postStatus(WebLoadStatus status) {
     });
 }
 
-void WebPaneController::loadFinished() { postStatus(WebLoadStatus::loaded()); }
+void WebPaneController::loadFinished() {
+    postStatus(WebLoadStatus::loaded());
+    checkForSignInForm();
+}
 
 void WebPaneController::loadFailed(const std::string& message, bool cancelled) {
     // A load replaced by another is not a failure.
