@@ -156,8 +156,11 @@ std::string firstClusters(const BodyText& body, std::size_t count) {
 }  // namespace
 
 ActionRunner::ActionRunner(std::unique_ptr<HttpTransport> transport, std::shared_ptr<CookieSource> cookies,
-                           std::function<double()> clock)
-    : transport_(std::move(transport)), cookies_(std::move(cookies)), clock_(std::move(clock)) {}
+                           std::function<double()> clock, std::function<double()> wallClock)
+    : transport_(std::move(transport)),
+      cookies_(std::move(cookies)),
+      clock_(std::move(clock)),
+      wallClock_(wallClock ? std::move(wallClock) : [] { return double(g_get_real_time()) / G_USEC_PER_SEC; }) {}
 
 // Callbacks still to come see the flag and drop their results; the
 // transport, destroyed with the runner, cancels its requests.
@@ -172,7 +175,35 @@ std::string ActionRunner::displayName(const SlideAction& action) {
     return action.name.empty() ? _("Untitled action") : action.name;
 }
 
+std::optional<ActionRunner::RunDetails> ActionRunner::details(const Uuid& actionId) const {
+    auto it = details_.find(actionId);
+    return it == details_.end() ? std::nullopt : std::optional(it->second);
+}
+
+std::string ActionRunner::describe(const RunDetails& details) {
+    std::string took = details.seconds < 1
+                           ? formatText(_("%lld ms"), static_cast<long long>(std::floor(details.seconds * 1000 + 1e-6)))
+                           : formatText(_("%.1f s"), details.seconds);
+    std::string ranAt;
+    if (GDateTime* time = g_date_time_new_from_unix_local(static_cast<gint64>(std::floor(details.startedAt)))) {
+        char* text = g_date_time_format(time, "%H:%M:%S");
+        ranAt = text ? text : "";
+        g_free(text);
+        g_date_time_unref(time);
+    }
+    std::string lines = formatText(_("Status: %s"), details.status.c_str());
+    lines += "\n" + formatText(_("Took: %s"), took.c_str());
+    lines += "\n" + formatText(_("Ran at: %s"), ranAt.c_str());
+    if (!details.excerpt.empty()) lines += "\n" + details.excerpt;
+    return lines;
+}
+
 void ActionRunner::finish(const SlideAction& action, std::string text, bool isFailure) {
+    details_[action.id] = RunDetails{text, {}, wallClock_(), 0};
+    record(action, std::move(text), isFailure);
+}
+
+void ActionRunner::record(const SlideAction& action, std::string text, bool isFailure) {
     RunState state = isFailure ? RunState::failure(std::move(text)) : RunState::success(std::move(text));
     states_[action.id] = state;
     lastCompleted_ = Completed{displayName(action), std::move(state)};
@@ -190,51 +221,59 @@ void ActionRunner::run(const SlideAction& action, const Slide& slide, const Live
     std::weak_ptr<LiveWebView> view;
     if (views) view = views->lookup(slide.id);
 
-    // Records the outcome, reloading the page first when the action asks
-    // for it. `done` runs only if the runner is still there afterwards.
-    auto complete = [this, alive = alive_, action, view, done = std::move(done)](std::string text,
-                                                                                  bool isFailure) {
+    // Records the outcome and its details, reloading the page first when
+    // the action asks for it. `done` runs only if the runner is still there
+    // afterwards.
+    auto complete = [this, alive = alive_, action, view, done = std::move(done), startedAt = wallClock_(),
+                     start = clock_()](std::string text, bool isFailure, std::string status, std::string excerpt) {
         if (!*alive) return;
         if (!isFailure && action.reloadsLiveView) {
             if (auto page = view.lock()) {
                 page->reload();
             } else {
-                text += _(" \u00B7 no live view to reload");
+                std::string note = _(" \u00B7 no live view to reload");
+                text += note;
+                status += note;
             }
         }
-        finish(action, std::move(text), isFailure);
+        details_[action.id] =
+            RunDetails{std::move(status), std::move(excerpt), startedAt, std::max(0.0, clock_() - start)};
+        record(action, std::move(text), isFailure);
         if (*alive && done) done();
     };
+    // A run that ends with a message only: the message is its status too.
+    auto fail = [complete](const std::string& message) { complete(message, true, message, {}); };
 
     if (action.kindCase == SlideActionKindCase::pageScript) {
         auto page = view.lock();
         if (!page) {
-            complete(_("No live browser view for this slide"), true);
+            fail(_("No live browser view for this slide"));
             return;
         }
-        page->evaluateAsyncFunction(action.script, [complete](Result<std::optional<std::string>> result) {
+        page->evaluateAsyncFunction(action.script, [complete, fail](Result<std::optional<std::string>> result) {
             if (!result) {
-                complete(result.error().message, true);
+                fail(result.error().message);
             } else {
-                complete(result->value_or(_("Done")), false);
+                std::string value = result->value_or(_("Done"));
+                complete(value, false, _("Script finished"), value);
             }
         });
         return;
     }
 
     // A request: the profile's cookies first when the action uses them.
-    auto send = [this, alive = alive_, spec = action.request, complete](const std::vector<HttpCookie>& cookies) {
+    auto send = [this, alive = alive_, spec = action.request, complete, fail](const std::vector<HttpCookie>& cookies) {
         if (!*alive) return;
         Result<HttpRequest> request = buildRequest(spec, cookies);
         if (!request) {
-            complete(request.error().message, true);
+            fail(request.error().message);
             return;
         }
         double start = clock_();
-        transport_->send(*request, [this, alive, start, complete](Result<HttpResponse> response) {
+        transport_->send(*request, [this, alive, start, complete, fail](Result<HttpResponse> response) {
             if (!*alive) return;
             if (!response) {
-                complete(response.error().message, true);
+                fail(response.error().message);
                 return;
             }
             // The clock counts in microseconds at best; the small allowance
@@ -244,7 +283,8 @@ void ActionRunner::run(const SlideAction& action, const Slide& slide, const Live
                                           static_cast<long long>(std::max(0.0, milliseconds)));
             std::string excerpt = bodyExcerpt(response->body);
             if (!excerpt.empty()) text += "\n" + excerpt;
-            complete(std::move(text), response->status > 399);
+            complete(std::move(text), response->status > 399, formatText(_("HTTP %d"), response->status),
+                     std::move(excerpt));
         });
     };
 

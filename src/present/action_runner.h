@@ -36,14 +36,25 @@ public:
         RunState state;
         friend bool operator==(const Completed&, const Completed&) = default;
     };
+    // All that is known of an action's last finished run, for the presenter
+    // to read in full: what came back, how long it took, when it ran.
+    struct RunDetails {
+        std::string status;    // "HTTP 500", "Script finished", or why the run failed
+        std::string excerpt;   // the response body's excerpt, or what the script returned
+        double startedAt = 0;  // wall-clock seconds since the epoch
+        double seconds = 0;    // from the start of the run to its outcome
+        friend bool operator==(const RunDetails&, const RunDetails&) = default;
+    };
 
     static constexpr double requestTimeoutSeconds = 15;
 
     // `transport` is this runner's own ephemeral session; `cookies` gives the
     // profile cookies that requests may carry (may be null: no cookies).
-    // `clock` gives monotonic seconds for the elapsed time of a request.
+    // `clock` gives monotonic seconds for the elapsed time of a request;
+    // `wallClock` seconds since the epoch for when a run started (none: the
+    // system's real time).
     ActionRunner(std::unique_ptr<HttpTransport> transport, std::shared_ptr<CookieSource> cookies,
-                 std::function<double()> clock);
+                 std::function<double()> clock, std::function<double()> wallClock = {});
     ~ActionRunner();
     ActionRunner(const ActionRunner&) = delete;
     ActionRunner& operator=(const ActionRunner&) = delete;
@@ -51,6 +62,12 @@ public:
     RunState state(const Uuid& actionId) const;
     const std::map<Uuid, RunState>& states() const { return states_; }
     const std::optional<Completed>& lastCompleted() const { return lastCompleted_; }
+    // The last finished run of the action; none before its first outcome.
+    // A run under way leaves the previous run's details in place.
+    std::optional<RunDetails> details(const Uuid& actionId) const;
+    // The details as lines to read: status, duration, time of day (local
+    // time), then the excerpt when there is one.
+    static std::string describe(const RunDetails& details);
 
     // Runs the action of the slide; `done` is called after the outcome is
     // recorded (never if the runner goes away first). `views` may be null;
@@ -75,10 +92,15 @@ public:
     static std::string displayName(const SlideAction& action);
 
 private:
+    // Sets the state and lastCompleted, and tells who listens.
+    void record(const SlideAction& action, std::string text, bool isFailure);
+
     std::unique_ptr<HttpTransport> transport_;
     std::shared_ptr<CookieSource> cookies_;
     std::function<double()> clock_;
+    std::function<double()> wallClock_;
     std::map<Uuid, RunState> states_;
+    std::map<Uuid, RunDetails> details_;
     std::optional<Completed> lastCompleted_;
     Signal<> changed_;
     // Outlives nothing: callbacks check it to know the runner still exists.

@@ -1,6 +1,7 @@
 #include "present/presentation_state.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "slides/reveal_plan.h"
 
@@ -158,6 +159,39 @@ void PresentationState::togglePresenting() {
     if (window_) window_->toggleFullScreen();
 }
 
+bool PresentationState::askBeforeLeavingEditor(const Deck& deck, AfterConsent then) {
+    if (!editorOpen_ || hasDeclinedUntrustedActions_) return false;
+    auto requests = ActionTrust::requests(deck, preferences_);
+    if (requests.empty()) return false;
+    afterConsent_ = then;
+    setActionsAwaitingTrust(std::move(requests));
+    return true;
+}
+
+void PresentationState::leaveEditorAfterConsent() {
+    switch (std::exchange(afterConsent_, AfterConsent::nothing)) {
+    case AfterConsent::present:
+        if (!presenting_) togglePresenting();
+        break;
+    case AfterConsent::closeEditor:
+        if (editorOpen_) toggleEditor();
+        break;
+    case AfterConsent::nothing: break;
+    }
+}
+
+void PresentationState::togglePresentingAsking(const Deck& deck) {
+    if (leavesEditorAfterConsent()) return;  // already asking
+    if (!presenting_ && askBeforeLeavingEditor(deck, AfterConsent::present)) return;
+    togglePresenting();
+}
+
+void PresentationState::toggleEditorAsking(const Deck& deck) {
+    if (leavesEditorAfterConsent()) return;
+    if (askBeforeLeavingEditor(deck, AfterConsent::closeEditor)) return;
+    toggleEditor();
+}
+
 void PresentationState::toggleTimer() {
     if (timerStart_) {
         set(PresentationField::timerStart, timerStart_, std::optional<double>{});
@@ -193,11 +227,13 @@ void PresentationState::allowAwaitingActions(const Deck& deck) {
     ActionTrust::trust(ids, preferences_);
     setActionsAwaitingTrust({});
     syncAutoRun(deck);
+    leaveEditorAfterConsent();
 }
 
 void PresentationState::declineAwaitingActions() {
     set(PresentationField::hasDeclinedUntrustedActions, hasDeclinedUntrustedActions_, true);
     setActionsAwaitingTrust({});
+    leaveEditorAfterConsent();
 }
 
 void PresentationState::runManually(const SlideAction& action, const Slide& slide, const Deck& deck) {

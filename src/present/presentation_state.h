@@ -91,6 +91,14 @@ public:
     void select(std::int64_t index, std::int64_t count);
 
     void togglePresenting();
+    // Ctrl+Shift+P and Ctrl+E as the window's commands: leaving the editor
+    // for a deck whose actions wait for consent asks first, while the
+    // editor is still on screen, and leaves it once the question is
+    // answered, either way. Anything else toggles at once.
+    void togglePresentingAsking(const Deck& deck);
+    void toggleEditorAsking(const Deck& deck);
+    // The question is out and presenting (or the stage alone) follows it.
+    bool leavesEditorAfterConsent() const { return afterConsent_ != AfterConsent::nothing; }
     void toggleOverview() { set(PresentationField::overview, overview_, !overview_); }
     void toggleHud() { set(PresentationField::hudVisible, hudVisible_, !hudVisible_); }
     void toggleNotes() { set(PresentationField::notesHidden, notesHidden_, !notesHidden_); }
@@ -132,8 +140,15 @@ private:
         changed_.emit(field);
     }
 
+    enum class AfterConsent { nothing, present, closeEditor };
+    // Whether leaving the editor now would ask about untrusted actions;
+    // if so, asks and remembers what follows the answer.
+    bool askBeforeLeavingEditor(const Deck& deck, AfterConsent then);
+    void leaveEditorAfterConsent();
+
     Scheduler& scheduler_;
     PreferencesStore& preferences_;
+    AfterConsent afterConsent_ = AfterConsent::nothing;
     std::int64_t current_ = 0;
     std::int64_t revealIndex_ = 0;
     bool overview_ = false;

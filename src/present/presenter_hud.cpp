@@ -50,4 +50,21 @@ std::string PresenterHud::autoRunNotice(const Slide& slide) {
                       std::to_string(count).c_str());
 }
 
+std::optional<PresenterHud::FailureMark> PresenterHud::failureMark(const Slide& slide, const ActionRunner& runner) {
+    unsigned long failed = 0;
+    std::string details;
+    for (const SlideAction& action : slide.actions) {
+        if (!action.autoRun) continue;
+        auto state = runner.state(action.id);
+        if (state.kind != ActionRunner::RunState::Kind::failure) continue;
+        ++failed;
+        if (!details.empty()) details += "\n";
+        details += formatText(_("%s: %s"), ActionRunner::displayName(action).c_str(), state.text.c_str());
+    }
+    if (failed == 0) return std::nullopt;
+    std::string text =
+        formatText(ngettext("%s action failed", "%s actions failed", failed), std::to_string(failed).c_str());
+    return FailureMark{std::move(text), std::move(details)};
+}
+
 }  // namespace lectern

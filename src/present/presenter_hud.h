@@ -1,9 +1,11 @@
 #pragma once
 
 #include <functional>
+#include <optional>
 #include <string>
 
 #include "model/slide.h"
+#include "present/action_runner.h"
 #include "base/scheduler.h"
 
 namespace lectern {
@@ -34,6 +36,16 @@ public:
 
     // "This slide runs 2 action(s) automatically", or empty when none do.
     static std::string autoRunNotice(const Slide& slide);
+
+    // The HUD's mark for automatic actions of the slide whose last run
+    // failed: "1 action failed", and each failure as "Name: what went wrong"
+    // on a line of its own for the tooltip. None when nothing failed.
+    struct FailureMark {
+        std::string text;
+        std::string details;
+        friend bool operator==(const FailureMark&, const FailureMark&) = default;
+    };
+    static std::optional<FailureMark> failureMark(const Slide& slide, const ActionRunner& runner);
 
 private:
     void cancelHide();

@@ -66,13 +66,19 @@ void PageProbe::checkForSignInForm() {
     });
     // The page may answer at once; whoever is told may drop the probe.
     auto self = shared_from_this();
-    page_->evaluateAsyncFunction(signInFormScript, [weak](Result<std::optional<std::string>> answer) {
+    askForSignInForm(*page_, [weak](bool showsForm) {
         auto probe = weak.lock();
         if (!probe) return;
-        // A script that failed says nothing about the page: it loaded.
-        bool showsForm = answer.ok() && *answer == std::optional<std::string>("true");
         probe->finish(showsForm ? WebCheckOutcome::redirected(_(signInFormNote)) : WebCheckOutcome::ok());
     });
+}
+
+void PageProbe::askForSignInForm(LiveWebView& page, std::function<void(bool)> answer) {
+    auto reply = [answer = std::move(answer)](Result<std::optional<std::string>> result) {
+        // A script that failed says nothing about the page: no form seen.
+        answer(result.ok() && *result == std::optional<std::string>("true"));
+    };
+    page.evaluateAsyncFunction(signInFormScript, std::move(reply));
 }
 
 void PageProbe::loadFailed(const std::string& message, bool cancelled) {

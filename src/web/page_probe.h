@@ -41,6 +41,11 @@ return false;
 
     using Done = std::function<void(WebCheckOutcome)>;
 
+    // Runs signInFormScript in `page` and answers whether it shows a
+    // sign-in form; a script that fails answers no. The answer may come
+    // before this returns, or never (a page that goes away).
+    static void askForSignInForm(LiveWebView& page, std::function<void(bool)> answer);
+
     // Makes the page and starts loading `url`. `done` may be called before
     // this returns (a page that fails at once) and never after cancel().
     static std::shared_ptr<PageProbe> start(WebPageFactory& pages, Scheduler& scheduler, std::string url,

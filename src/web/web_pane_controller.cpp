@@ -2,7 +2,9 @@
 
 #include <utility>
 
+#include "web/page_probe.h"
 #include "web/refused_address.h"
+#include "web/web_check_outcome.h"
 #include "web/web_prefetcher.h"
 
 namespace lectern {
@@ -35,6 +37,7 @@ WebPaneController::WebPaneController(Inputs inputs, WebPageFactory& pages, Sched
     } else {
         // A prefetched page that is already there: shown as it is.
         postStatus(WebLoadStatus::loaded());
+        checkForSignInForm();
     }
 }
 
@@ -78,7 +81,26 @@ void WebPaneController::loadCurrent() {
     // Loading first: a page may refuse the address at once, and its
     // failure must be the status that stays.
     postStatus(WebLoadStatus::loading());
+    ++loads_;
+    setShowsSignInForm(false);
     page_->load(inputs_.url);
+}
+
+void WebPaneController::checkForSignInForm() {
+    unsigned load = ++loads_;
+    if (looksLikeSignIn(page_->currentUrl())) {
+        setShowsSignInForm(false);  // a sign-in page is expected to show its form
+        return;
+    }
+    PageProbe::askForSignInForm(*page_, [this, alive = alive_, load](bool shows) {
+        if (*alive && load == loads_) setShowsSignInForm(shows);
+    });
+}
+
+void WebPaneController::setShowsSignInForm(bool shows) {
+    if (showsSignInForm_ == shows) return;
+    showsSignInForm_ = shows;
+    signInFormChanged_.emit();
 }
 
 void WebPaneController::postStatus(WebLoadStatus status) {
@@ -91,7 +113,10 @@ void WebPaneController::postStatus(WebLoadStatus status) {
     });
 }
 
-void WebPaneController::loadFinished() { postStatus(WebLoadStatus::loaded()); }
+void WebPaneController::loadFinished() {
+    postStatus(WebLoadStatus::loaded());
+    checkForSignInForm();
+}
 
 void WebPaneController::loadFailed(const std::string& message, bool cancelled) {
     // A load replaced by another is not a failure.

@@ -51,11 +51,18 @@ public:
     bool adopted() const { return adopted_; }
     // Emitted on the main-loop turn after the status changed.
     Signal<>& statusChanged() { return statusChanged_; }
+    // Whether the page shows a sign-in form (its session has ended): asked,
+    // as the web check asks, whenever a load (a reload too) finishes at an
+    // address that is not itself a sign-in page; a new load clears it.
+    bool showsSignInForm() const { return showsSignInForm_; }
+    Signal<>& signInFormChanged() { return signInFormChanged_; }
 
 private:
     void loadCurrent();
     void postStatus(WebLoadStatus status);
     void registerPage();
+    void checkForSignInForm();
+    void setShowsSignInForm(bool shows);
 
     void loadFinished() override;
     void loadFailed(const std::string& message, bool cancelled) override;
@@ -76,6 +83,9 @@ private:
     std::optional<HostCertificate> rejectedCertificate_;
     bool adopted_ = false;
     Signal<> statusChanged_;
+    bool showsSignInForm_ = false;
+    unsigned loads_ = 0;  // finished loads: an answer about an older one is stale
+    Signal<> signInFormChanged_;
     std::shared_ptr<bool> alive_ = std::make_shared<bool>(true);
 };
 

@@ -73,8 +73,9 @@ protected:
     // A window presenting the deck, its actions declined.
     DeckWindow& present(Deck deck) {
         DeckWindow& window = open(std::move(deck));
-        window.state().togglePresenting();
+        window.activate_action("win.present");
         declineIfAsked(window);
+        EXPECT_TRUE(pumpUntil([&] { return window.state().presenting(); }));
         return window;
     }
 };
@@ -94,12 +95,12 @@ TEST_F(DeckWindowTest, PresentingTheWelcomeDeckWithRealKeys) {
     pressKeys(window, {"Right"});
     EXPECT_EQ(state.current(), 0);
 
+    // The deck comes from elsewhere and carries an action: the sheet asks
+    // in the editor, before presenting, and Escape there means "Present
+    // Without Them".
     pressKeys(window, {"ctrl+shift+p"});
-    ASSERT_TRUE(pumpUntil([&] { return state.presenting(); }));
-    EXPECT_FALSE(state.editorOpen());
-    // The deck comes from elsewhere and carries an action: the sheet asks,
-    // and Escape there means "Present Without Them".
     ASSERT_TRUE(pumpUntil([&] { return window.trustReview() != nullptr; }));
+    EXPECT_FALSE(state.presenting());
     screenshot("welcome-02-consent");
     auto* sheet = window.trustReview();
     auto* sheetWindow = dynamic_cast<Gtk::Window*>(Glib::wrap(GTK_WIDGET(sheet)));
@@ -107,6 +108,8 @@ TEST_F(DeckWindowTest, PresentingTheWelcomeDeckWithRealKeys) {
     pressKeys(*sheetWindow, {"Escape"});
     ASSERT_TRUE(pumpUntil([&] { return !window.trustReview(); }));
     EXPECT_TRUE(state.hasDeclinedUntrustedActions());
+    ASSERT_TRUE(pumpUntil([&] { return state.presenting(); }));
+    EXPECT_FALSE(state.editorOpen());
 
     // Slide 1 shows all at once; slide 2 reveals in three steps.
     pressKeys(window, {"Right"});
@@ -252,9 +255,14 @@ TEST_F(DeckWindowTest, ConsentSheetAllowsAndAutomaticRunsStart) {
     Deck deck = oneSlide("Demo", {refusedRequest("Reset", true)});
     DeckWindow& window = open(deck);
     PresentationState& state = window.state();
-    state.togglePresenting();
+    window.activate_action("win.present");
+    // Asked in the editor: the stage and full screen come after the answer.
     ASSERT_TRUE(pumpUntil([&] { return window.trustReview() != nullptr; }));
+    EXPECT_TRUE(state.editorOpen());
+    EXPECT_FALSE(state.presenting());
+    EXPECT_FALSE(window.is_fullscreen());
     AdwMessageDialog* sheet = window.trustReview();
+    EXPECT_EQ(gtk_window_get_transient_for(GTK_WINDOW(sheet)), GTK_WINDOW(window.gobj()));
     EXPECT_STREQ(adw_message_dialog_get_heading(sheet), "Allow this deck's demo actions?");
     EXPECT_STREQ(adw_message_dialog_get_body(sheet),
                  "They act with the sign-ins of this deck's web pages and browser profiles. Allow them only if you "
@@ -268,6 +276,8 @@ TEST_F(DeckWindowTest, ConsentSheetAllowsAndAutomaticRunsStart) {
     adw_message_dialog_response(sheet, "allow");
     ASSERT_TRUE(pumpUntil(noSheetOnScreen));
     EXPECT_EQ(window.trustReview(), nullptr);
+    ASSERT_TRUE(pumpUntil([&] { return state.presenting(); }));
+    EXPECT_FALSE(state.editorOpen());
     EXPECT_EQ(ActionTrust::trustedFingerprints(testing::preferences()).size(), 1u);
     // The hand-off ran again: the automatic action runs now, and fails.
     EXPECT_TRUE(pumpUntil(
@@ -286,10 +296,11 @@ TEST_F(DeckWindowTest, DeclinedActionsStayQuietUntilRunFromThePanel) {
     deck.slides.push_back(textSlide("Last"));
     DeckWindow& window = open(deck);
     PresentationState& state = window.state();
-    state.togglePresenting();
+    window.activate_action("win.present");
     ASSERT_TRUE(pumpUntil([&] { return window.trustReview() != nullptr; }));
     adw_message_dialog_response(window.trustReview(), "decline");
     ASSERT_TRUE(pumpUntil(noSheetOnScreen));
+    ASSERT_TRUE(pumpUntil([&] { return state.presenting(); }));
     // Presenting again does not ask again.
     state.togglePresenting();
     state.togglePresenting();
@@ -314,7 +325,9 @@ TEST_F(DeckWindowTest, DeclinedActionsStayQuietUntilRunFromThePanel) {
     auto buttons = testing::findWidgets(GTK_WIDGET(row->gobj()), [](GtkWidget* w) { return GTK_IS_BUTTON(w); });
     ASSERT_FALSE(buttons.empty());
     testing::clickMiddle(*Glib::wrap(buttons.back()));
-    EXPECT_TRUE(pumpUntil([&] { return window.trustReview() != nullptr; }));
+    ASSERT_TRUE(pumpUntil([&] { return window.trustReview() != nullptr; }));
+    EXPECT_EQ(gtk_window_get_transient_for(GTK_WINDOW(window.trustReview())), GTK_WINDOW(panel.gobj()))
+        << "asked in the presenter's window, never over the stage";
     adw_message_dialog_response(window.trustReview(), "decline");
     ASSERT_TRUE(pumpUntil(noSheetOnScreen));
 

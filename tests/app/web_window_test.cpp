@@ -101,7 +101,7 @@ TEST_F(WebWindowTest, AnAutomaticPageScriptRunsOnThePresentedPageAndResetReloads
 
     DeckWindow& window = open(deck);
     PresentationState& state = window.state();
-    state.togglePresenting();
+    window.activate_action("win.present");
     ASSERT_TRUE(pumpUntil([&] { return window.trustReview() != nullptr; }));
     adw_message_dialog_response(window.trustReview(), "allow");
     ASSERT_TRUE(pumpUntil(

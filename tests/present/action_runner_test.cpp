@@ -125,8 +125,9 @@ protected:
     FakeTransport* transport = new FakeTransport;
     std::shared_ptr<std::vector<FakeTransport::Answer>> answers = transport->answers;
     double now = 100;
+    double wall = 1700000000;  // 2023-11-14 22:13:20 UTC
     std::unique_ptr<ActionRunner> runner = std::make_unique<ActionRunner>(
-        std::unique_ptr<HttpTransport>(transport), nullptr, [this] { return now; });
+        std::unique_ptr<HttpTransport>(transport), nullptr, [this] { return now; }, [this] { return wall; });
     Slide slide = Slide::make(SlideLayout::web);
     std::shared_ptr<FakeView> view = std::make_shared<FakeView>();
     LiveWebViewRegistry views;
@@ -215,6 +216,41 @@ TEST_F(ActionRunnerRun, OverlappingRunsAndTeardown) {
     runner.reset();
     respond(2, 0.001, HttpResponse{200, {}});
     EXPECT_EQ(doneCount, 2);
+}
+
+TEST_F(ActionRunnerRun, DetailsKeepTheWholeResult) {
+    SlideAction action = request("https://example.com");
+    EXPECT_EQ(runner->details(action.id), std::nullopt);
+    run(action);
+    respond(0, 0.0125, HttpResponse{500, {'B', 'r', 'o', 'k', 'e', '\n', 'n', 'o', 'w'}});
+    auto details = runner->details(action.id);
+    ASSERT_TRUE(details);
+    EXPECT_EQ(details->status, "HTTP 500");
+    EXPECT_EQ(details->excerpt, "Broke now");
+    EXPECT_EQ(details->startedAt, 1700000000);
+    EXPECT_NEAR(details->seconds, 0.0125, 1e-9);
+    // Local time: the tests run in UTC.
+    EXPECT_EQ(ActionRunner::describe(*details), "Status: HTTP 500\nTook: 12 ms\nRan at: 22:13:20\nBroke now");
+
+    // A new run keeps the last result readable until it ends.
+    wall += 60;
+    run(action);
+    EXPECT_EQ(runner->details(action.id), details);
+    respond(1, 1.5, Error{"Could not connect"});
+    EXPECT_EQ(ActionRunner::describe(*runner->details(action.id)),
+              "Status: Could not connect\nTook: 1.5 s\nRan at: 22:14:20");
+
+    // A script's value is its excerpt; a page that is missing is the status.
+    SlideAction script;
+    script.kindCase = SlideActionKindCase::pageScript;
+    script.reloadsLiveView = true;
+    run(script);
+    EXPECT_EQ(runner->details(script.id)->status, "No live browser view for this slide");
+    views.registerView(slide.id, view);
+    run(script);
+    view->answer(std::optional<std::string>("42"));
+    EXPECT_EQ(runner->details(script.id)->status, "Script finished");
+    EXPECT_EQ(runner->details(script.id)->excerpt, "42");
 }
 
 }  // namespace

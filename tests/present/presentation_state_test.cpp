@@ -274,5 +274,53 @@ TEST(PresentationStateTrust, DecliningHoldsUntilAManualRun) {
     EXPECT_EQ(f.state.autoRun().runner().state(action.id), ActionRunner::RunState::idle());
 }
 
+TEST(PresentationStateTrust, PresentingAsksFirstAndStartsOnceAnswered) {
+    for (bool allow : {true, false}) {
+        Fixture f;
+        Window window;
+        f.state.setWindow(&window);
+        Deck deck;
+        deck.slides = slides(1);
+        SlideAction action;
+        action.name = "Received";
+        action.autoRun = true;
+        deck.slides[0].actions = {action};
+
+        // The question comes while the editor is still on screen.
+        f.state.togglePresentingAsking(deck);
+        EXPECT_FALSE(f.state.presenting());
+        EXPECT_TRUE(f.state.editorOpen());
+        EXPECT_EQ(window.fullScreenToggles, 0);
+        ASSERT_EQ(f.state.actionsAwaitingTrust().size(), 1u);
+        f.state.togglePresentingAsking(deck);  // pressed again while asked: still asking
+        EXPECT_FALSE(f.state.presenting());
+
+        if (allow) f.state.allowAwaitingActions(deck); else f.state.declineAwaitingActions();
+        EXPECT_TRUE(f.state.presenting()) << allow;
+        EXPECT_FALSE(f.state.editorOpen());
+        EXPECT_EQ(window.fullScreenToggles, 1);
+        EXPECT_FALSE(f.state.leavesEditorAfterConsent());
+
+        // Answered once: ending and presenting again asks nothing.
+        f.state.togglePresentingAsking(deck);
+        f.state.togglePresentingAsking(deck);
+        EXPECT_TRUE(f.state.presenting());
+        EXPECT_TRUE(f.state.actionsAwaitingTrust().empty());
+        f.state.setWindow(nullptr);
+    }
+}
+
+TEST(PresentationStateTrust, ClosingTheEditorAsksFirstToo) {
+    Fixture f;
+    Deck deck;
+    deck.slides = slides(1);
+    deck.slides[0].actions.resize(1);
+    f.state.toggleEditorAsking(deck);
+    EXPECT_TRUE(f.state.editorOpen());
+    f.state.declineAwaitingActions();
+    EXPECT_FALSE(f.state.editorOpen());
+    EXPECT_FALSE(f.state.presenting());
+}
+
 }  // namespace
 }  // namespace lectern

@@ -6,6 +6,7 @@
 #include "base/manual_scheduler.h"
 #include "present/presenter_hud.h"
 #include "present/presenter_timer.h"
+#include "support/fake_http.h"
 
 namespace lectern {
 namespace {
@@ -77,6 +78,25 @@ TEST(PresenterHud, AutoRunNotice) {
     slide.actions[0].autoRun = true;
     slide.actions[2].autoRun = true;
     EXPECT_EQ(PresenterHud::autoRunNotice(slide), "This slide runs 2 action(s) automatically");
+}
+
+TEST(PresenterHud, FailureMarkCountsFailedAutomaticActions) {
+    ActionRunner runner(std::make_unique<testing::FakeHttpTransport>(), nullptr, [] { return 0.0; });
+    Slide slide = Slide::make(SlideLayout::web);
+    slide.actions.resize(4);
+    for (auto& action : slide.actions) action.autoRun = true;
+    slide.actions[0].name = "Reset";
+    slide.actions[2].autoRun = false;
+    EXPECT_EQ(PresenterHud::failureMark(slide, runner), std::nullopt);
+    runner.finish(slide.actions[0], "HTTP 500 \u00B7 3 ms\nBroken", true);
+    runner.finish(slide.actions[1], "HTTP 200 \u00B7 3 ms", false);  // succeeded
+    runner.finish(slide.actions[2], "HTTP 500 \u00B7 3 ms", true);   // run by hand
+    auto mark = PresenterHud::failureMark(slide, runner);
+    ASSERT_TRUE(mark);
+    EXPECT_EQ(mark->text, "1 action failed");
+    EXPECT_EQ(mark->details, "Reset: HTTP 500 \u00B7 3 ms\nBroken");
+    runner.finish(slide.actions[3], "Timed out", true);
+    EXPECT_EQ(PresenterHud::failureMark(slide, runner)->text, "2 actions failed");
 }
 
 TEST(KeyMonitor, DecisionsByKeyModifiersAndEditor) {

@@ -5,6 +5,7 @@
 #include "base/manual_scheduler.h"
 #include "support/fake_web_page.h"
 #include "web/refused_address.h"
+#include "web/page_probe.h"
 #include "web/web_pane_controller.h"
 #include "web/web_prefetcher.h"
 #include "web/web_zoom.h"
@@ -257,6 +258,37 @@ TEST_F(WebPaneTest, APageThatFailedWhileLoadedAheadLoadsAgainOnStage) {
     shown->update(inputs);
     scheduler.runPending();
     EXPECT_EQ(shown->status(), WebLoadStatus::failed("Port 9 belongs to another service"));
+}
+
+TEST_F(WebPaneTest, AFinishedLoadAsksForASignInFormAndANewLoadForgetsTheAnswer) {
+    Slide slide = webSlide("https://a.test/app");
+    auto shown = pane(slide);
+    FakeWebPage& page = fake(shown->page());
+    page.holdScripts = true;
+    page.finish();
+    ASSERT_EQ(page.heldScripts.size(), 1u);
+    EXPECT_EQ(page.scripts.back(), PageProbe::signInFormScript);
+
+    // An answer about a load that another replaced says nothing.
+    slide.url = "https://a.test/other";
+    shown->update({*slide.url, slide.browserProfileId, slide.id, slide.webZoom});
+    page.heldScripts[0](std::optional<std::string>("true"));
+    EXPECT_FALSE(shown->showsSignInForm());
+
+    page.finish();
+    page.heldScripts[1](std::optional<std::string>("true"));
+    EXPECT_TRUE(shown->showsSignInForm());
+    // A reload that shows the page again clears it.
+    page.reload();
+    page.finish();
+    page.heldScripts[2](std::optional<std::string>("false"));
+    EXPECT_FALSE(shown->showsSignInForm());
+
+    // A page that went to a sign-in address is expected to show its form.
+    page.redirect("https://a.test/login?next=/other");
+    page.finish();
+    EXPECT_EQ(page.heldScripts.size(), 3u);
+    EXPECT_FALSE(shown->showsSignInForm());
 }
 
 TEST_F(WebPaneTest, TheLaterPaneOfASlideOwnsTheRegistryEntry) {

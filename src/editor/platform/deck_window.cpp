@@ -391,8 +391,24 @@ void DeckWindow::refreshTrustReview() {
         trustReview_.close();
         return;
     }
+    // The audience never sees the question: in the editor it is asked over
+    // the window, before presenting starts; with the stage on screen (a run
+    // from the presenter panel) over the presenter panel, opened for it.
+    Gtk::Window* parent = this;
+    if (!state_->editorOpen()) {
+        if (!state_->presenterPanelVisible()) state_->togglePresenterPanel();
+        if (panel_) parent = panel_.get();
+    }
+    // The answer is acted on once the sheet has gone, so that the stage
+    // that may follow (full screen) never has it on top.
+    auto later = [this](void (*answer)(DeckWindow&)) {
+        return [this, answer] {
+            Glib::signal_idle().connect_once(sigc::track_obj([this, answer] { answer(*this); }, *this));
+        };
+    };
     trustReview_.show(
-        *this, requests, [this] { state_->allowAwaitingActions(deck()); }, [this] { state_->declineAwaitingActions(); });
+        *parent, requests, later([](DeckWindow& w) { w.state_->allowAwaitingActions(w.deck()); }),
+        later([](DeckWindow& w) { w.state_->declineAwaitingActions(); }));
 }
 
 void DeckWindow::refreshWebCheck() {

@@ -77,14 +77,14 @@ void DeckWindow::buildActions() {
     add("toggle-hud", [this] { state_->toggleHud(); });
     addToggle("toggle-presenter-display", [this] { return state_->presenterPanelVisible(); },
               [this] { state_->togglePresenterPanel(); });
-    addToggle("toggle-editor", [this] { return state_->editorOpen(); }, [this] { state_->toggleEditor(); });
+    addToggle("toggle-editor", [this] { return state_->editorOpen(); }, [this] { state_->toggleEditorAsking(deck()); });
     addToggle("toggle-sidebar", [this] { return sidebarVisible_; }, [this] {
         sidebarVisible_ = !sidebarVisible_;
         refreshChrome();
         updateActions();
     });
     add("next-pane", [this] { focusNextPane(); });
-    add("present", [this] { state_->togglePresenting(); });
+    add("present", [this] { state_->togglePresentingAsking(deck()); });
     add("toggle-timer", [this] { state_->toggleTimer(); });
     add("reset-web-page", [this] {
         if (const Slide* slide = editor_->currentSlide()) {

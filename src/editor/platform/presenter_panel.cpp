@@ -4,8 +4,11 @@
 
 #include <adwaita.h>
 
+#include "base/platform/accessible.h"
+#include "base/translation.h"
 #include "editor/platform/deck_window.h"
 #include "present/action_runner.h"
+#include "web/platform/web_card.h"
 
 namespace lectern {
 
@@ -63,6 +66,7 @@ PresenterPanel::PresenterPanel(DeckWindow& deckWindow)
         auto* b = Gtk::make_managed<Gtk::Button>();
         b->set_icon_name(icon);
         b->set_tooltip_text(tooltip);
+        setAccessibleLabel(*b, tooltip);
         return b;
     };
     auto* previous = button("go-previous-symbolic", _("Previous Slide"));
@@ -92,6 +96,12 @@ PresenterPanel::PresenterPanel(DeckWindow& deckWindow)
     slides->append(*slideColumn(_("Current"), current_, currentCaption_, &counter_));
     slides->append(*slideColumn(_("Next"), next_, nextCaption_, nullptr));
 
+    // Said in the presenter's window only: the audience sees the page.
+    signInNote_.set_wrap(true);
+    signInNote_.set_xalign(0);
+    signInNote_.add_css_class("warning");
+    signInNote_.set_visible(false);
+
     notes_.set_wrap(true);
     notes_.set_xalign(0);
     notes_.set_yalign(0);
@@ -113,6 +123,7 @@ PresenterPanel::PresenterPanel(DeckWindow& deckWindow)
     content->set_margin(12);
     content->append(*controls);
     content->append(*slides);
+    content->append(signInNote_);
     auto* notesSection = Gtk::make_managed<Gtk::Box>(Gtk::Orientation::VERTICAL, 6);
     notesSection->set_vexpand(true);
     notesSection->append(*sectionTitle(_("Notes")));
@@ -149,6 +160,7 @@ PresenterPanel::PresenterPanel(DeckWindow& deckWindow)
         false);
 
     runnerConnection_ = state_.autoRun().runner().changed().connect([this] { refreshRunStates(); });
+    signInConnection_ = deckWindow.webCard().signInFormChanged().connect([this] { refreshSignInNote(); });
     refresh();
 }
 
@@ -195,55 +207,93 @@ void PresenterPanel::refresh() {
     while (auto* row = actions_.get_row_at_index(0)) actions_.remove(*row);
     rows_.clear();
     if (slide) {
-        for (const SlideAction& action : slide->actions) {
-            auto* name = Gtk::make_managed<Gtk::Label>(ActionRunner::displayName(action));
-            name->set_xalign(0);
-            name->set_ellipsize(Pango::EllipsizeMode::END);
-            auto* outcome = Gtk::make_managed<Gtk::Label>();
-            outcome->set_xalign(0);
-            outcome->set_ellipsize(Pango::EllipsizeMode::END);
-            outcome->add_css_class("caption");
-            auto* texts = Gtk::make_managed<Gtk::Box>(Gtk::Orientation::VERTICAL, 2);
-            texts->set_hexpand(true);
-            texts->set_valign(Gtk::Align::CENTER);
-            texts->append(*name);
-            texts->append(*outcome);
-            auto* spinner = Gtk::make_managed<Gtk::Spinner>();
-            auto* run = Gtk::make_managed<Gtk::Button>();
-            run->set_icon_name("media-playback-start-symbolic");
-            run->set_tooltip_text(_("Run"));
-            run->set_valign(Gtk::Align::CENTER);
-            run->add_css_class("flat");
-            run->add_css_class("circular");
-            Uuid slideId = slide->id;
-            Uuid actionId = action.id;
-            run->signal_clicked().connect([this, slideId, actionId] {
-                // Find the action again: the deck may have changed since.
-                const Deck& deck = deckWindow_.deck();
-                auto index = deck.indexOfSlide(slideId);
-                if (!index) return;
-                const Slide& owner = deck.slides[*index];
-                for (const auto& candidate : owner.actions) {
-                    if (candidate.id == actionId) state_.runManually(candidate, owner, deck);
-                }
-            });
-            auto* box = Gtk::make_managed<Gtk::Box>(Gtk::Orientation::HORIZONTAL, 8);
-            box->set_margin_start(12);
-            box->set_margin_end(6);
-            box->set_margin_top(6);
-            box->set_margin_bottom(6);
-            box->append(*texts);
-            box->append(*spinner);
-            box->append(*run);
-            auto* row = Gtk::make_managed<Gtk::ListBoxRow>();
-            row->set_activatable(false);
-            row->set_child(*box);
-            actions_.append(*row);
-            rows_.push_back({action.id, outcome, spinner});
-        }
+        for (const SlideAction& action : slide->actions) actions_.append(*actionRow(*slide, action));
     }
     actionsSection_.set_visible(!rows_.empty());
     refreshRunStates();
+    refreshSignInNote();
+}
+
+Gtk::ListBoxRow* PresenterPanel::actionRow(const Slide& slide, const SlideAction& action) {
+    std::string displayName = ActionRunner::displayName(action);
+    auto* name = Gtk::make_managed<Gtk::Label>(displayName);
+    name->set_xalign(0);
+    name->set_ellipsize(Pango::EllipsizeMode::END);
+    auto* outcome = Gtk::make_managed<Gtk::Label>();
+    outcome->set_xalign(0);
+    outcome->set_ellipsize(Pango::EllipsizeMode::END);
+    outcome->add_css_class("caption");
+    auto* texts = Gtk::make_managed<Gtk::Box>(Gtk::Orientation::VERTICAL, 2);
+    texts->append(*name);
+    texts->append(*outcome);
+
+    // The whole result below the line: wrapped, and selectable so that a
+    // status or an excerpt can be copied.
+    auto* details = Gtk::make_managed<Gtk::Label>();
+    details->set_xalign(0);
+    details->set_wrap(true);
+    details->set_wrap_mode(Pango::WrapMode::WORD_CHAR);
+    details->set_selectable(true);
+    details->set_max_width_chars(1);
+    details->set_hexpand(true);
+    details->set_margin_top(4);
+    details->add_css_class("caption");
+    details->add_css_class("monospace");
+    auto* expander = Gtk::make_managed<Gtk::Expander>();
+    expander->set_label_widget(*texts);
+    expander->set_child(*details);
+    expander->set_hexpand(true);
+    expander->set_valign(Gtk::Align::CENTER);
+    setAccessibleLabel(*expander, formatText(_("Result of %s"), displayName.c_str()));
+
+    auto* spinner = Gtk::make_managed<Gtk::Spinner>();
+    spinner->set_valign(Gtk::Align::START);
+    auto* run = Gtk::make_managed<Gtk::Button>();
+    run->set_icon_name("media-playback-start-symbolic");
+    run->set_tooltip_text(_("Run"));
+    setAccessibleLabel(*run, formatText(_("Run %s"), displayName.c_str()));
+    run->set_valign(Gtk::Align::START);
+    run->add_css_class("flat");
+    run->add_css_class("circular");
+    Uuid slideId = slide.id;
+    Uuid actionId = action.id;
+    run->signal_clicked().connect([this, slideId, actionId] {
+        // Find the action again: the deck may have changed since.
+        const Deck& deck = deckWindow_.deck();
+        auto index = deck.indexOfSlide(slideId);
+        if (!index) return;
+        const Slide& owner = deck.slides[*index];
+        for (const auto& candidate : owner.actions) {
+            if (candidate.id == actionId) state_.runManually(candidate, owner, deck);
+        }
+    });
+    auto* box = Gtk::make_managed<Gtk::Box>(Gtk::Orientation::HORIZONTAL, 8);
+    box->set_margin_start(12);
+    box->set_margin_end(6);
+    box->set_margin_top(6);
+    box->set_margin_bottom(6);
+    box->append(*expander);
+    box->append(*spinner);
+    box->append(*run);
+    auto* row = Gtk::make_managed<Gtk::ListBoxRow>();
+    row->set_activatable(false);
+    row->set_child(*box);
+    rows_.push_back({action.id, outcome, spinner, expander, details});
+    return row;
+}
+
+void PresenterPanel::refreshSignInNote() {
+    const WebPaneController* pane = deckWindow_.webCard().pane();
+    std::optional<std::size_t> index;
+    if (pane && pane->showsSignInForm() && pane->inputs().slideId) {
+        index = deckWindow_.deck().indexOfSlide(*pane->inputs().slideId);
+    }
+    signInNote_.set_visible(index.has_value());
+    // TRANSLATORS: the number of the slide whose live page lost its sign-in.
+    if (index) {
+        signInNote_.set_text(
+            formatText(_("Slide %s’s page shows a sign-in form"), std::to_string(*index + 1).c_str()));
+    }
 }
 
 void PresenterPanel::refreshRunStates() {
@@ -259,7 +309,11 @@ void PresenterPanel::refreshRunStates() {
         case Kind::success:
         case Kind::failure: row.outcome->set_text(runState.text); break;
         }
-        row.outcome->set_tooltip_text(runState.text);
+        // Running shows what the last run gave until the new one ends.
+        auto details = runner.details(row.id);
+        std::string full = details ? ActionRunner::describe(*details) : std::string(_("Not run yet"));
+        row.details->set_text(full);
+        row.outcome->set_tooltip_text(details ? full : "");
         for (const char* name : {"dim-label", "success", "error"}) row.outcome->remove_css_class(name);
         row.outcome->add_css_class(runState.kind == Kind::success   ? "success"
                                    : runState.kind == Kind::failure ? "error"

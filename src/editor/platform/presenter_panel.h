@@ -17,8 +17,10 @@ namespace lectern {
 class DeckWindow;
 
 // The presenter's own window, 340 × 480: previous, next and overview
-// buttons, the timer, the current and the next slide, the notes, and the
-// current slide's actions with their run buttons and outcomes. It is a
+// buttons, the timer, the current and the next slide, a note when the
+// page on stage shows a sign-in form, the notes, and the current slide's
+// actions with their run buttons and outcomes, each expanding to the whole
+// result (status, duration, time, excerpt). It is a
 // window of its own, so that sharing the deck window leaves it out.
 class PresenterPanel : public Gtk::Window {
 public:
@@ -39,9 +41,19 @@ public:
     const Gtk::Label& notes() const { return notes_; }
     const Gtk::Label& nextCaption() const { return nextCaption_; }
     Gtk::ListBox& actions() { return actions_; }
+    // The full result of the action in row `index`: its expander (collapsed
+    // at first) and the selectable details within.
+    Gtk::Expander* actionExpander(std::size_t index) { return index < rows_.size() ? rows_[index].expander : nullptr; }
+    const Gtk::Label* actionDetails(std::size_t index) const {
+        return index < rows_.size() ? rows_[index].details : nullptr;
+    }
+    // "Slide 4’s page shows a sign-in form", shown while it does.
+    const Gtk::Label& signInNote() const { return signInNote_; }
 
 private:
     void refreshRunStates();
+    void refreshSignInNote();
+    Gtk::ListBoxRow* actionRow(const Slide& slide, const SlideAction& action);
 
     DeckWindow& deckWindow_;
     PresentationState& state_;
@@ -52,17 +64,22 @@ private:
     Gtk::Label currentCaption_;
     Gtk::Label nextCaption_;
     Gtk::Label notes_;
+    Gtk::Label signInNote_;
     Gtk::Box actionsSection_{Gtk::Orientation::VERTICAL, 6};
     Gtk::ListBox actions_;
-    // Per row of actions_: the action's id and its outcome label and spinner.
+    // Per row of actions_: the action's id, its outcome line, spinner and
+    // the expander with the whole result.
     struct ActionRow {
         Uuid id;
         Gtk::Label* outcome = nullptr;
         Gtk::Spinner* spinner = nullptr;
+        Gtk::Expander* expander = nullptr;
+        Gtk::Label* details = nullptr;
     };
     std::vector<ActionRow> rows_;
     Signal<PresentationField>::Connection stateConnection_;
     Signal<>::Connection runnerConnection_;
+    Signal<>::Connection signInConnection_;
 };
 
 }  // namespace lectern

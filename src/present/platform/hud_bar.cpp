@@ -35,6 +35,15 @@ HudBar::HudBar(PresentationState& state, std::function<const Deck&()> deck)
     notice_.set_visible(false);
     bar_.append(notice_);
 
+    auto* warning = Gtk::make_managed<Gtk::Image>();
+    warning->set_from_icon_name("dialog-warning-symbolic");
+    failureMark_.append(*warning);
+    failureMark_.append(failureText_);
+    failureMark_.add_css_class("hud-failure");
+    failureMark_.add_css_class("warning");
+    failureMark_.set_visible(false);
+    bar_.append(failureMark_);
+
     bar_.append(*Gtk::make_managed<Gtk::Separator>(Gtk::Orientation::VERTICAL));
     bar_.append(timer_);
     set_child(bar_);
@@ -53,6 +62,7 @@ HudBar::HudBar(PresentationState& state, std::function<const Deck&()> deck)
         default: break;
         }
     });
+    runnerConnection_ = state_.autoRun().runner().changed().connect([this] { refresh(); });
     set_reveal_child(state_.hudVisible());
     refresh();
 }
@@ -79,6 +89,12 @@ void HudBar::refresh() {
     std::string notice = slide ? PresenterHud::autoRunNotice(*slide) : std::string();
     notice_.set_text(notice);
     notice_.set_visible(!notice.empty());
+    auto failed = slide ? PresenterHud::failureMark(*slide, state_.autoRun().runner()) : std::nullopt;
+    failureMark_.set_visible(failed.has_value());
+    failureText_.set_text(failed ? failed->text : "");
+    failureMark_.set_tooltip_text(failed ? failed->details : "");
+    gtk_accessible_update_property(GTK_ACCESSIBLE(failureMark_.gobj()), GTK_ACCESSIBLE_PROPERTY_DESCRIPTION,
+                                   failed ? failed->details.c_str() : "", -1);
     timer_.refresh();
 }
 

@@ -11,8 +11,9 @@
 namespace lectern {
 
 // The presenter HUD at the bottom of the stage: the presenter's controls,
-// the slide counter, the timer and the notice of automatic actions. It
-// slides in while the state's hudVisible is set.
+// the slide counter, the timer, the notice of automatic actions and the
+// mark of those that failed. It slides in while the state's hudVisible is
+// set, never by itself.
 class HudBar : public Gtk::Revealer {
 public:
     HudBar(PresentationState& state, std::function<const Deck&()> deck);
@@ -23,6 +24,10 @@ public:
     Signal<bool>& hovering() { return hovering_; }
 
     const Gtk::Label& notice() const { return notice_; }
+    // The mark of failed automatic actions ("1 action failed", each failure
+    // in its tooltip); part of the bar, so only seen while the bar is.
+    const Gtk::Box& failureMark() const { return failureMark_; }
+    const Gtk::Label& failureText() const { return failureText_; }
     TimerReadout& timer() { return timer_; }
 
 private:
@@ -35,9 +40,12 @@ private:
     Gtk::Button* notes_ = nullptr;
     Gtk::Label counter_;
     Gtk::Label notice_;
+    Gtk::Box failureMark_{Gtk::Orientation::HORIZONTAL, 4};
+    Gtk::Label failureText_;
     TimerReadout timer_;
     Signal<bool> hovering_;
     Signal<PresentationField>::Connection stateConnection_;
+    Signal<>::Connection runnerConnection_;
 };
 
 }  // namespace lectern

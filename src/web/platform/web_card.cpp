@@ -115,6 +115,7 @@ void WebCard::setTheme(Theme theme) {
 void WebCard::clear() {
     closeTrustQuestion();
     statusConnection_.disconnect();
+    signInConnection_.disconnect();
     detachPage();
     pane_.reset();
     slideId_.reset();
@@ -144,6 +145,7 @@ void WebCard::show(const Slide* slide, bool editing) {
         } else {
             pane_ = std::make_unique<WebPaneController>(inputs, pages_, scheduler_, prefetcher_, windowId_, registry_);
             statusConnection_ = pane_->statusChanged().connect([this] { refresh(); });
+            signInConnection_ = pane_->signInFormChanged().connect([this] { signInFormChanged_.emit(); });
             attachPage();
         }
     }

@@ -53,6 +53,8 @@ public:
     AdwMessageDialog* trustQuestion() const { return trustQuestion_.get(); }
     // The presenter asked for another page zoom for the shown slide.
     Signal<double>& zoomRequested() { return zoomRequested_; }
+    // The page on stage began or stopped showing a sign-in form.
+    Signal<>& signInFormChanged() { return signInFormChanged_; }
     // An address was committed in the editor's field (none: cleared).
     Signal<std::optional<std::string>>& addressCommitted() { return addressCommitted_; }
     WebAddressField& addressField() { return addressField_; }
@@ -78,6 +80,8 @@ private:
     std::optional<Theme> theme_;
     Glib::RefPtr<Gtk::CssProvider> messageStyle_ = Gtk::CssProvider::create();
     Signal<>::Connection statusConnection_;
+    Signal<>::Connection signInConnection_;
+    Signal<> signInFormChanged_;
 
     Gtk::Box host_;
     Gtk::Box message_{Gtk::Orientation::VERTICAL, 6};
