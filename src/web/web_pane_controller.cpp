@@ -1,5 +1,8 @@
 #include "web/web_pane_controller.h"
 
+#include <glib/gi18n.h>
+
+#include "web/page_pictures.h"
 #include "web/refused_address.h"
 #include "web/web_prefetcher.h"
 
@@ -64,6 +67,11 @@ void WebPaneController::update(const Inputs& inputs) {
     loadCurrent();
 }
 
+void WebPaneController::retry() {
+    registerPage();
+    loadCurrent();
+}
+
 void WebPaneController::registerPage() {
     if (registry_ && inputs_.slideId) registry_->registerView(*inputs_.slideId, page_);
 }
@@ -82,6 +90,9 @@ void WebPaneController::postStatus(WebLoadStatus status) {
     scheduler_.after(0, [this, alive = alive_, status = std::move(status)] {
         if (!*alive || status_ == status) return;
         status_ = status;
+        if (status_.kind == WebLoadStatus::Kind::loaded && pictures_ && inputs_.slideId) {
+            pictures_->takeSoon(page_, *inputs_.slideId, inputs_.url, scheduler_);
+        }
         statusChanged_.emit();
     });
 }
@@ -94,7 +105,11 @@ void WebPaneController::loadFailed(const std::string& message, bool cancelled) {
     postStatus(WebLoadStatus::failed(message));
 }
 
-void WebPaneController::processTerminated() { page_->reload(); }
+void WebPaneController::processTerminated() {
+    // The page is gone until the reload brings it back (or fails again).
+    postStatus(WebLoadStatus::failed(_("The page’s web process stopped unexpectedly")));
+    page_->reload();
+}
 
 void WebPaneController::newWindowRequested(const std::string& url) {
     // A page never gets a local file (or any other scheme) onto the stage.

@@ -14,6 +14,7 @@
 
 namespace lectern {
 
+class PagePictures;
 class WebPrefetcher;
 
 // The live page of a web slide on a window's stage: takes the prefetched
@@ -40,6 +41,10 @@ public:
     WebPaneController& operator=(const WebPaneController&) = delete;
 
     void update(const Inputs& inputs);
+    // Loads the slide's address again (a page that failed, tried anew).
+    void retry();
+    // Where each good load of the page leaves its picture (null: nowhere).
+    void setPictures(PagePictures* pictures) { pictures_ = pictures; }
 
     const std::shared_ptr<WebPage>& page() const { return page_; }
     const WebLoadStatus& status() const { return status_; }
@@ -62,6 +67,7 @@ private:
     Inputs inputs_;
     Scheduler& scheduler_;
     WebPrefetcher* prefetcher_;
+    PagePictures* pictures_ = nullptr;
     std::optional<Uuid> windowId_;
     std::shared_ptr<LiveWebViewRegistry> registry_;
     std::shared_ptr<WebPage> page_;
