@@ -111,6 +111,7 @@ void PageProbe::finish(WebCheckOutcome outcome) {
     if (!done_) return;
     auto self = shared_from_this();  // whoever is told may drop the probe
     Done done = std::exchange(done_, nullptr);
+    if (outcome.kind == WebCheckOutcome::Kind::ok && page_ && loadedWell_) loadedWell_(page_);
     release();
     done(std::move(outcome));
 }

@@ -57,6 +57,9 @@ return false;
 
     // Stops loading and lets the page go without an outcome.
     void cancel();
+    // Called with the page, just before it is let go, when the outcome is ok
+    // (whoever wants it may keep it a while, for a picture).
+    void whenLoadedWell(std::function<void(const std::shared_ptr<WebPage>&)> use) { loadedWell_ = std::move(use); }
     bool isFinished() const { return !done_; }
     const std::string& requested() const { return requested_; }
 
@@ -87,6 +90,7 @@ private:
     std::string requested_;
     Done done_;
     std::shared_ptr<WebPage> page_;
+    std::function<void(const std::shared_ptr<WebPage>&)> loadedWell_;
     Scheduler::TimerId timer_ = 0;
     bool checkingForm_ = false;  // the load is over; only the form check's answer counts
 };

@@ -60,6 +60,9 @@ public:
     virtual void setZoom(double zoom) = 0;
     // The one delegate of the page; null detaches it. The page never owns it.
     virtual void setDelegate(WebPageDelegate* delegate) = 0;
+    // A picture of what the page shows (its visible area) as PNG bytes, or
+    // none when the engine has none to give. `done` may be called at once.
+    virtual void snapshot(std::function<void(std::optional<std::string>)> done) { done(std::nullopt); }
 };
 
 // Makes pages in the website data store of a browser profile (none: the

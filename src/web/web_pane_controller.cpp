@@ -2,6 +2,8 @@
 
 #include <utility>
 
+#include "base/translation.h"
+#include "web/page_pictures.h"
 #include "web/page_probe.h"
 #include "web/refused_address.h"
 #include "web/web_check_outcome.h"
@@ -69,11 +71,14 @@ void WebPaneController::update(const Inputs& inputs) {
     loadCurrent();
 }
 
+void WebPaneController::retry() {
+    registerPage();
+    loadCurrent();
+}
+
 void WebPaneController::registerPage() {
     if (registry_ && inputs_.slideId) registry_->registerView(*inputs_.slideId, page_);
 }
-
-void WebPaneController::retry() { loadCurrent(); }
 
 void WebPaneController::loadCurrent() {
     lastLoadedUrl_ = inputs_.url;
@@ -109,6 +114,9 @@ void WebPaneController::postStatus(WebLoadStatus status) {
     scheduler_.after(0, [this, alive = alive_, status = std::move(status)] {
         if (!*alive || status_ == status) return;
         status_ = status;
+        if (status_.kind == WebLoadStatus::Kind::loaded && pictures_ && inputs_.slideId) {
+            pictures_->takeSoon(page_, *inputs_.slideId, inputs_.url, scheduler_);
+        }
         statusChanged_.emit();
     });
 }
@@ -126,7 +134,11 @@ void WebPaneController::loadFailed(const std::string& message, bool cancelled) {
 
 void WebPaneController::certificateRejected(const HostCertificate& certificate) { rejectedCertificate_ = certificate; }
 
-void WebPaneController::processTerminated() { page_->reload(); }
+void WebPaneController::processTerminated() {
+    // The page is gone until the reload brings it back (or fails again).
+    postStatus(WebLoadStatus::failed(_("The page’s web process stopped unexpectedly")));
+    page_->reload();
+}
 
 void WebPaneController::newWindowRequested(const std::string& url) {
     // A page never gets a local file (or any other scheme) onto the stage.

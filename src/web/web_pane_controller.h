@@ -14,6 +14,7 @@
 
 namespace lectern {
 
+class PagePictures;
 class WebPrefetcher;
 
 // The live page of a web slide on a window's stage: takes the prefetched
@@ -40,9 +41,11 @@ public:
     WebPaneController& operator=(const WebPaneController&) = delete;
 
     void update(const Inputs& inputs);
-    // Loads the address again (status loading), as after the user trusted
-    // the certificate that made it fail.
+    // Loads the slide's address again (status loading): a page that failed,
+    // tried anew, or after the user trusted the certificate that failed it.
     void retry();
+    // Where each good load of the page leaves its picture (null: nowhere).
+    void setPictures(PagePictures* pictures) { pictures_ = pictures; }
 
     const std::shared_ptr<WebPage>& page() const { return page_; }
     const WebLoadStatus& status() const { return status_; }
@@ -73,6 +76,7 @@ private:
     Inputs inputs_;
     Scheduler& scheduler_;
     WebPrefetcher* prefetcher_;
+    PagePictures* pictures_ = nullptr;
     std::optional<Uuid> windowId_;
     std::shared_ptr<LiveWebViewRegistry> registry_;
     std::shared_ptr<WebPage> page_;

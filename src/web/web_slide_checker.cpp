@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "base/translation.h"
+#include "web/page_pictures.h"
 
 namespace lectern {
 
@@ -67,6 +68,11 @@ void WebSlideChecker::startMore() {
                 probeDone(position, generation, std::move(outcome));
             },
             timeLimitSeconds_);
+        if (pictures_) {
+            probe->whenLoadedWell([this, id = entry.id, url = *entry.url](const std::shared_ptr<WebPage>& page) {
+                pictures_->takeSoon(page, id, url, scheduler_);
+            });
+        }
         if (!probe->isFinished() && generation == generation_) probes_[position] = std::move(probe);
     }
     starting_ = false;

@@ -18,6 +18,8 @@
 
 namespace lectern {
 
+class PagePictures;
+
 // Checks that every web slide of a deck still loads: each page in a hidden
 // page of the slide's own browser profile, at most three at a time, started
 // in deck order. One per open check (the sheet, a command-line run).
@@ -49,6 +51,9 @@ public:
     void run(const Deck& deck);
     // Stops every page still loading; entries keep the outcomes they have.
     void cancel();
+    // Where each page that loaded well leaves its slide's picture (null:
+    // nowhere), so that a talk without network still shows it.
+    void setPictures(PagePictures* pictures) { pictures_ = pictures; }
 
     const std::vector<Entry>& entries() const { return entries_; }
     bool isRunning() const { return running_; }
@@ -74,6 +79,7 @@ private:
     WebPageFactory& pages_;
     Scheduler& scheduler_;
     double timeLimitSeconds_;
+    PagePictures* pictures_ = nullptr;
     std::vector<Entry> entries_;
     std::vector<std::shared_ptr<PageProbe>> probes_;  // by entry; null when none loads
     bool running_ = false;

@@ -43,6 +43,10 @@ public:
         ++reloads;
         loading_ = true;
     }
+    void snapshot(std::function<void(std::optional<std::string>)> done) override {
+        ++snapshots;
+        done(picture);
+    }
 
     // The engine's side.
     void finish(int status = 200) {
@@ -69,6 +73,8 @@ public:
     std::vector<std::function<void(Result<std::optional<std::string>>)>> heldScripts;
     int stops = 0;
     int reloads = 0;
+    std::optional<std::string> picture = std::string("PNG of the page");  // what snapshot() gives
+    int snapshots = 0;
 
 private:
     std::string url_;

@@ -1,0 +1,96 @@
+#include "web/page_pictures.h"
+
+#include <glib.h>
+#include <glib/gi18n.h>
+
+#include <nlohmann/json.hpp>
+
+#include "base/translation.h"
+#include "model/file_io.h"
+
+namespace lectern {
+
+namespace {
+
+using nlohmann::json;
+
+// A page picture is a screen's worth of pixels; anything much larger is
+// not one of ours.
+constexpr std::uint64_t sidecarLimit = 64 * 1024;
+
+std::string localText(std::int64_t time, const char* format) {
+    GDateTime* moment = g_date_time_new_from_unix_local(time);
+    if (!moment) return {};
+    char* text = g_date_time_format(moment, format);
+    std::string result = text ? text : "";
+    g_free(text);
+    g_date_time_unref(moment);
+    return result;
+}
+
+}  // namespace
+
+PagePictures::PagePictures(std::filesystem::path folder, Worker& worker)
+    : folder_(std::move(folder)), worker_(worker) {}
+
+void PagePictures::save(const Uuid& slideId, const std::string& url, std::string png, std::int64_t takenAt) {
+    const std::string name = slideId.string();
+    auto picture = folder_ / (name + ".png");
+    auto sidecar = folder_ / (name + ".json");
+    std::string about = json{{"url", url}, {"takenAt", takenAt}}.dump();
+    auto written = std::make_shared<bool>(false);
+    worker_.run(
+        [folder = folder_, picture, sidecar, png = std::move(png), about = std::move(about), written] {
+            std::error_code error;
+            std::filesystem::create_directories(folder, error);
+            // The sidecar goes last: a picture is only found once both are
+            // whole and agree.
+            *written = replaceFileAtomically(picture, png).ok() && replaceFileAtomically(sidecar, about).ok();
+        },
+        [this, alive = alive_, slideId, written] {
+            if (*alive && *written) saved_.emit(slideId);
+        });
+}
+
+std::optional<PagePicture> PagePictures::find(const Uuid& slideId, const std::string& url) const {
+    const std::string name = slideId.string();
+    auto bytes = readRegularFile(folder_ / (name + ".json"), sidecarLimit);
+    if (!bytes.ok()) return std::nullopt;
+    json about = json::parse(bytes->begin(), bytes->end(), nullptr, false);
+    if (!about.is_object()) return std::nullopt;
+    auto address = about.find("url");
+    auto taken = about.find("takenAt");
+    if (address == about.end() || !address->is_string() || taken == about.end() || !taken->is_number_integer()) {
+        return std::nullopt;
+    }
+    if (address->get<std::string>() != url) return std::nullopt;
+    PagePicture picture{folder_ / (name + ".png"), url, taken->get<std::int64_t>()};
+    std::error_code error;
+    if (!std::filesystem::is_regular_file(picture.file, error) || std::filesystem::file_size(picture.file, error) == 0) {
+        return std::nullopt;
+    }
+    return picture;
+}
+
+void PagePictures::takeSoon(std::shared_ptr<WebPage> page, const Uuid& slideId, const std::string& url,
+                            Scheduler& scheduler) {
+    // The page may have gone on (a redirect): what it shows now is what counts.
+    std::string shown = page->currentUrl();
+    scheduler.after(settleSeconds, [this, alive = alive_, page = std::move(page), slideId, url, shown] {
+        if (!*alive || page->isLoading() || page->lastLoadFailed() || page->currentUrl() != shown) return;
+        page->snapshot([this, alive, slideId, url](std::optional<std::string> png) {
+            if (*alive && png && !png->empty()) save(slideId, url, std::move(*png), currentTime());
+        });
+    });
+}
+
+std::string PagePictures::markText(std::int64_t takenAt, std::int64_t now) {
+    const bool sameDay = localText(takenAt, "%Y-%m-%d") == localText(now, "%Y-%m-%d");
+    // The time alone on the day it was taken; "23 Nov, 14:32" on another.
+    std::string when = sameDay ? localText(takenAt, _("%H:%M")) : localText(takenAt, _("%-d %b, %H:%M"));
+    return formatText(_("Offline copy from %s — Ctrl+R to try again"), when.c_str());
+}
+
+std::int64_t PagePictures::currentTime() { return g_get_real_time() / G_USEC_PER_SEC; }
+
+}  // namespace lectern
