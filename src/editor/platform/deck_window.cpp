@@ -421,7 +421,7 @@ void DeckWindow::refreshWebCheck() {
     webCheck_ = std::make_unique<WebCheckSheet>(
         *this, web.pages(), scheduler_, deck(),
         [this](std::size_t index) { state_->goTo(static_cast<std::int64_t>(index), true); },
-        [this] { state_->setWebCheckPresented(false); });
+        [this] { state_->setWebCheckPresented(false); }, &web.pictures());
     webCheck_->present();
 }
 

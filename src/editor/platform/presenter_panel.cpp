@@ -124,6 +124,11 @@ PresenterPanel::PresenterPanel(DeckWindow& deckWindow)
     content->append(*controls);
     content->append(*slides);
     content->append(signInNote_);
+    offlineCopy_.set_xalign(0);
+    offlineCopy_.set_wrap(true);
+    offlineCopy_.add_css_class("warning");
+    content->append(offlineCopy_);
+    copyConnection_ = deckWindow_.webCard().copyChanged().connect([this] { refreshOfflineCopy(); });
     auto* notesSection = Gtk::make_managed<Gtk::Box>(Gtk::Orientation::VERTICAL, 6);
     notesSection->set_vexpand(true);
     notesSection->append(*sectionTitle(_("Notes")));
@@ -164,6 +169,15 @@ PresenterPanel::PresenterPanel(DeckWindow& deckWindow)
     refresh();
 }
 
+void PresenterPanel::refreshOfflineCopy() {
+    const bool copy = deckWindow_.webCard().showingCopy();
+    offlineCopy_.set_visible(copy);
+    if (copy) {
+        offlineCopy_.set_text(
+            formatText(_("Offline copy shown on slide %lld"), static_cast<long long>(state_.current() + 1)));
+    }
+}
+
 PresenterPanel::~PresenterPanel() = default;
 
 std::optional<std::int64_t> PresenterPanel::upcomingSlide(const std::vector<Slide>& slides, std::int64_t current,
@@ -200,6 +214,7 @@ void PresenterPanel::refresh() {
     next_.setSlide(nextSlide, options);
     nextCaption_.set_text(nextSlide ? slideTitle(*nextSlide) : _("End of Deck"));
 
+    refreshOfflineCopy();
     bool noNotes = !slide || slide->notes.empty();
     notes_.set_text(noNotes ? _("No presenter notes for this slide.") : slide->notes);
     if (noNotes) notes_.add_css_class("dim-label"); else notes_.remove_css_class("dim-label");

@@ -40,6 +40,7 @@ public:
 
     const Gtk::Label& notes() const { return notes_; }
     const Gtk::Label& nextCaption() const { return nextCaption_; }
+    const Gtk::Label& offlineCopy() const { return offlineCopy_; }
     Gtk::ListBox& actions() { return actions_; }
     // The full result of the action in row `index`: its expander (collapsed
     // at first) and the selectable details within.
@@ -54,6 +55,8 @@ private:
     void refreshRunStates();
     void refreshSignInNote();
     Gtk::ListBoxRow* actionRow(const Slide& slide, const SlideAction& action);
+    // Says so when the stage shows an offline copy of the current page.
+    void refreshOfflineCopy();
 
     DeckWindow& deckWindow_;
     PresentationState& state_;
@@ -77,6 +80,8 @@ private:
         Gtk::Label* details = nullptr;
     };
     std::vector<ActionRow> rows_;
+    Gtk::Label offlineCopy_;
+    Signal<>::Connection copyConnection_;
     Signal<PresentationField>::Connection stateConnection_;
     Signal<>::Connection runnerConnection_;
     Signal<>::Connection signInConnection_;

@@ -33,6 +33,7 @@ PresentingStage::PresentingStage(DeckEditor& editor, Scheduler& scheduler, Worke
     auto& web = WebServices::shared();
     webCard_ = Gtk::make_managed<WebCard>(web.pages(), scheduler, &web.prefetcher(), state_.windowId(),
                                           state_.liveWebViews());
+    webCard_->setPictures(&web.pictures());
     webZoomConnection_ = webCard_->zoomRequested().connect([this](double zoom) { setCurrentWebZoom(zoom); });
     webAddressConnection_ = webCard_->addressCommitted().connect([this](std::optional<std::string> url) {
         editor_.editCurrentSlide(_("Set Web Address"), [&url](Slide& slide) { slide.url = url; });

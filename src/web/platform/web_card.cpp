@@ -8,11 +8,24 @@
 #include "base/translation.h"
 #include "slides/quick_look_theme.h"
 #include "web/platform/web_sessions.h"
+#include "web/page_pictures.h"
 #include "web/platform/webkit_page.h"
 #include "web/web_prefetcher.h"
 #include "web/web_zoom.h"
 
 namespace lectern {
+
+namespace {
+
+// While the offline copy is up, the live page is tried again this often.
+constexpr unsigned retrySeconds = 15;
+
+struct PictureLoad {
+    std::string file;
+    GdkTexture* texture = nullptr;
+};
+
+}  // namespace
 
 WebCard::WebCard(WebKitPageFactory& pages, Scheduler& scheduler, WebPrefetcher* prefetcher,
                  std::optional<Uuid> windowId, std::shared_ptr<LiveWebViewRegistry> registry)
@@ -59,6 +72,25 @@ WebCard::WebCard(WebKitPageFactory& pages, Scheduler& scheduler, WebPrefetcher* 
     message_.set_can_target(false);
     add_overlay(message_);
 
+    // The offline copy lies over the page (which may be loading again
+    // underneath), with its mark in a pill at the bottom left.
+    copy_.set_content_fit(Gtk::ContentFit::FILL);
+    copy_.set_can_shrink(true);
+    copy_.set_can_target(false);
+    copy_.set_visible(false);
+    add_overlay(copy_);
+    copyMark_.add_css_class("osd");
+    copyMark_.add_css_class("web-card-copy-mark");
+    copyMark_.set_halign(Gtk::Align::START);
+    copyMark_.set_valign(Gtk::Align::END);
+    copyMark_.set_margin(12);
+    copyMark_.set_can_target(false);
+    copyMark_.set_visible(false);
+    auto pill = Gtk::CssProvider::create();
+    pill->load_from_data("label.web-card-copy-mark { border-radius: 999px; padding: 4px 12px; }");
+    copyMark_.get_style_context()->add_provider(pill, GTK_STYLE_PROVIDER_PRIORITY_APPLICATION);
+    add_overlay(copyMark_);
+
     zoomOut_.set_icon_name("zoom-out-symbolic");
     zoomOut_.set_tooltip_text(_("Zoom Out (Ctrl+-)"));
     zoomOut_.signal_clicked().connect([this] { zoomRequested_.emit(WebZoom::zoomOut(zoom_)); });
@@ -100,7 +132,81 @@ WebCard::WebCard(WebKitPageFactory& pages, Scheduler& scheduler, WebPrefetcher* 
 
 WebCard::~WebCard() {
     closeTrustQuestion();
+    ++*pictureLoads_;
     clear();
+}
+
+void WebCard::setPictures(PagePictures* pictures) {
+    pictures_ = pictures;
+    picturesConnection_.disconnect();
+    if (!pictures_) return;
+    picturesConnection_ = pictures_->saved().connect([this](const Uuid& slideId) {
+        // A newer picture of the slide on stage replaces the one held.
+        if (slideId_ == slideId && !editing_) {
+            pictureKey_.clear();
+            loadPicture();
+        }
+    });
+}
+
+void WebCard::loadPicture() {
+    const std::string url = pane_ ? pane_->inputs().url : std::string();
+    std::string key = slideId_ && !url.empty() ? slideId_->string() + " " + url : std::string();
+    if (key == pictureKey_) return;
+    pictureKey_ = key;
+    const std::uint64_t load = ++*pictureLoads_;
+    std::optional<PagePicture> found = pictures_ && !key.empty() ? pictures_->find(*slideId_, url) : std::nullopt;
+    if (!found) {
+        picture_.reset();
+        refresh();
+        return;
+    }
+    pictureTakenAt_ = found->takenAt;
+    // Reading and decoding a screenful takes a few frames' time: done on
+    // another thread (textures are made safely there) as the slide comes on.
+    auto* job = new PictureLoad{found->file.string(), nullptr};
+    struct Done {
+        WebCard* card;
+        std::shared_ptr<std::uint64_t> loads;
+        std::uint64_t load;
+        PictureLoad* job;
+    };
+    GTask* task = g_task_new(nullptr, nullptr,
+                             [](GObject*, GAsyncResult* result, gpointer data) {
+                                 std::unique_ptr<Done> done(static_cast<Done*>(data));
+                                 std::unique_ptr<PictureLoad> job(done->job);
+                                 g_task_propagate_boolean(G_TASK(result), nullptr);
+                                 Glib::RefPtr<Gdk::Texture> texture;
+                                 if (job->texture) texture = Glib::wrap(job->texture);  // takes the reference
+                                 if (*done->loads != done->load) return;  // another slide, or the card is gone
+                                 done->card->picture_ = texture;
+                                 done->card->refresh();
+                             },
+                             new Done{this, pictureLoads_, load, job});
+    g_task_set_task_data(task, job, nullptr);
+    g_task_run_in_thread(task, [](GTask* task, gpointer, gpointer data, GCancellable*) {
+        auto* job = static_cast<PictureLoad*>(data);
+        GFile* file = g_file_new_for_path(job->file.c_str());
+        job->texture = gdk_texture_new_from_file(file, nullptr);
+        g_object_unref(file);
+        g_task_return_boolean(task, TRUE);
+    });
+    g_object_unref(task);
+}
+
+void WebCard::setShowingCopy(bool showing) {
+    if (showingCopy_ == showing) return;
+    showingCopy_ = showing;
+    retryTimer_.disconnect();
+    if (showing) {
+        retryTimer_ = Glib::signal_timeout().connect_seconds(
+            [this] {
+                if (pane_ && pane_->status().kind == WebLoadStatus::Kind::failed) pane_->retry();
+                return true;
+            },
+            retrySeconds);
+    }
+    copyChanged_.emit();
 }
 
 void WebCard::setTheme(Theme theme) {
@@ -116,6 +222,10 @@ void WebCard::clear() {
     closeTrustQuestion();
     statusConnection_.disconnect();
     signInConnection_.disconnect();
+    setShowingCopy(false);
+    ++*pictureLoads_;
+    pictureKey_.clear();
+    picture_.reset();
     detachPage();
     pane_.reset();
     slideId_.reset();
@@ -144,10 +254,12 @@ void WebCard::show(const Slide* slide, bool editing) {
             pane_->update(inputs);
         } else {
             pane_ = std::make_unique<WebPaneController>(inputs, pages_, scheduler_, prefetcher_, windowId_, registry_);
+            pane_->setPictures(pictures_);
             statusConnection_ = pane_->statusChanged().connect([this] { refresh(); });
             signInConnection_ = pane_->signInFormChanged().connect([this] { signInFormChanged_.emit(); });
             attachPage();
         }
+        if (!editing) loadPicture();  // the editor shows no copies
     }
     refresh();
 }
@@ -174,7 +286,14 @@ void WebCard::refresh() {
     using Kind = WebLoadStatus::Kind;
     const bool isWeb = slideId_.has_value();
     const WebLoadStatus status = pane_ ? pane_->status() : WebLoadStatus::idle();
-    const bool failed = status.kind == Kind::failed;
+    // While presenting, a failed page shows its picture, and keeps it up
+    // while it is tried again, until the live page is back.
+    if (editing_ || !picture_ || status.kind == Kind::loaded || status.kind == Kind::idle) {
+        setShowingCopy(false);
+    } else if (status.kind == Kind::failed) {
+        setShowingCopy(true);
+    }
+    const bool failed = status.kind == Kind::failed && !showingCopy_;
 
     if (isWeb && !hasAddress_) {
         messageIcon_.set_from_icon_name("web-browser-symbolic");
@@ -192,18 +311,24 @@ void WebCard::refresh() {
     trust_.set_visible(canTrust);
     message_.set_can_target(canTrust);
     if (!canTrust) closeTrustQuestion();
+    if (showingCopy_) {
+        copy_.set_paintable(picture_);
+        copyMark_.set_text(PagePictures::markText(pictureTakenAt_, PagePictures::currentTime()));
+    }
+    copy_.set_visible(showingCopy_);
+    copyMark_.set_visible(showingCopy_);
     message_.set_visible(isWeb && (!hasAddress_ || failed));
     if (message_.get_visible()) add_css_class("showing-message"); else remove_css_class("showing-message");
     host_.set_visible(hasAddress_ && !failed);
 
     addressField_.set_visible(isWeb && editing_);
     spinner_.set_margin_top(editing_ ? 60 : 12);  // under the address field
-    spinner_.set_visible(status.kind == Kind::loading);
+    spinner_.set_visible(status.kind == Kind::loading && !showingCopy_);
     spinner_.set_spinning(status.kind == Kind::loading);
     const bool zoomed = !WebZoom::isActualSize(zoom_);
     zoomBadge_.set_label(WebZoom::percentText(zoom_));
     zoomBadge_.set_visible(zoomed);
-    corner_.set_visible(hasAddress_ && editing_ && !failed);
+    corner_.set_visible(hasAddress_ && editing_ && !failed && !showingCopy_);
     set_visible(isWeb);
 }
 

@@ -17,12 +17,15 @@
 
 namespace lectern {
 
+class PagePictures;
 class WebKitPageFactory;
 class WebPrefetcher;
 
 // The frame of a web slide's live page on the stage: the page itself, or
 // "No URL set" for a slide without an address, "Couldn’t load page" with
 // the engine's message when loading failed, and a spinner while it loads.
+// While presenting, a page that fails shows its last good picture instead,
+// marked as an offline copy, until the live page loads again.
 // While editing, the address field floats at the top over the page, and
 // zoom buttons and the page-zoom badge (click for actual size) at the bottom.
 // A page whose server certificate was rejected offers, while editing,
@@ -51,6 +54,13 @@ public:
     const WebPaneController* pane() const { return pane_.get(); }
     // The question asked before trusting a certificate, while it is open.
     AdwMessageDialog* trustQuestion() const { return trustQuestion_.get(); }
+    // Where good loads leave their pictures, and failed pages find them
+    // (null: no pictures).
+    void setPictures(PagePictures* pictures);
+    // Whether the stage shows the page's offline copy now, and its mark.
+    bool showingCopy() const { return showingCopy_; }
+    const Gtk::Label& copyMark() const { return copyMark_; }
+    Signal<>& copyChanged() { return copyChanged_; }
     // The presenter asked for another page zoom for the shown slide.
     Signal<double>& zoomRequested() { return zoomRequested_; }
     // The page on stage began or stopped showing a sign-in form.
@@ -65,6 +75,10 @@ private:
     void refresh();
     void askToTrust();
     void closeTrustQuestion();
+    // Decodes the current slide's picture, off the main thread, so that it
+    // is ready the moment the page fails.
+    void loadPicture();
+    void setShowingCopy(bool showing);
 
     WebKitPageFactory& pages_;
     Scheduler& scheduler_;
@@ -82,6 +96,18 @@ private:
     Signal<>::Connection statusConnection_;
     Signal<>::Connection signInConnection_;
     Signal<> signInFormChanged_;
+
+    PagePictures* pictures_ = nullptr;
+    Signal<const Uuid&>::Connection picturesConnection_;
+    std::string pictureKey_;  // slide id and address of the picture held or on its way
+    Glib::RefPtr<Gdk::Texture> picture_;
+    std::int64_t pictureTakenAt_ = 0;
+    std::shared_ptr<std::uint64_t> pictureLoads_ = std::make_shared<std::uint64_t>(0);
+    bool showingCopy_ = false;
+    sigc::connection retryTimer_;
+    Signal<> copyChanged_;
+    Gtk::Picture copy_;
+    Gtk::Label copyMark_;
 
     Gtk::Box host_;
     Gtk::Box message_{Gtk::Orientation::VERTICAL, 6};

@@ -35,11 +35,13 @@ std::string statusText(const WebSlideChecker::Entry& entry, bool loading) {
 }  // namespace
 
 WebCheckSheet::WebCheckSheet(Gtk::Window& parent, WebPageFactory& pages, Scheduler& scheduler, Deck deck,
-                             std::function<void(std::size_t)> goToSlide, std::function<void()> closed)
+                             std::function<void(std::size_t)> goToSlide, std::function<void()> closed,
+                             PagePictures* pictures)
     : deck_(std::move(deck)),
       goToSlide_(std::move(goToSlide)),
       closed_(std::move(closed)),
       checker_(pages, scheduler) {
+    checker_.setPictures(pictures);
     set_title(_(title));
     set_transient_for(parent);
     set_modal(true);

@@ -16,6 +16,8 @@
 
 namespace lectern {
 
+class PagePictures;
+
 // The sheet of "Check Web Slides…": a modal window over the deck window that
 // loads every web slide off-screen and lists how each went, with a button
 // to go to each slide, the summary once done, "Check Again" and "Done".
@@ -31,7 +33,8 @@ public:
     // the owner may destroy the sheet there; destroying the sheet first
     // closes it without a call.
     WebCheckSheet(Gtk::Window& parent, WebPageFactory& pages, Scheduler& scheduler, Deck deck,
-                  std::function<void(std::size_t)> goToSlide, std::function<void()> closed);
+                  std::function<void(std::size_t)> goToSlide, std::function<void()> closed,
+                  PagePictures* pictures = nullptr);
     ~WebCheckSheet() override;
 
     // The deck that "Check Again" checks, after an edit.

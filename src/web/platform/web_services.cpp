@@ -1,8 +1,14 @@
 #include "web/platform/web_services.h"
 
+#include <glib.h>
+
 namespace lectern {
 
-WebServices::WebServices() : sessions_(WebSessions::shared()), pages_(sessions_), prefetcher_(pages_, scheduler_) {}
+WebServices::WebServices()
+    : sessions_(WebSessions::shared()),
+      pages_(sessions_),
+      prefetcher_(pages_, scheduler_),
+      pictures_(std::filesystem::path(g_get_user_cache_dir()) / "lectern" / "pictures", pictureWriter_) {}
 
 ProfileStores& WebServices::profileStores(PreferencesStore& preferences) {
     if (!profileStores_) {

@@ -3,6 +3,8 @@
 #include <memory>
 
 #include "base/glib_scheduler.h"
+#include "base/worker.h"
+#include "web/page_pictures.h"
 #include "web/platform/web_sessions.h"
 #include "web/platform/webkit_page.h"
 #include "web/profile_stores.h"
@@ -21,6 +23,8 @@ public:
     WebKitPageFactory& pages() { return pages_; }
     WebPrefetcher& prefetcher() { return prefetcher_; }
     Scheduler& scheduler() { return scheduler_; }
+    // The last good picture of each slide's live page, in the user's cache.
+    PagePictures& pictures() { return pictures_; }
     // Clearing and deleting browser profiles' data, with the pending
     // removals kept in the application's preferences (made on first use).
     ProfileStores& profileStores(PreferencesStore& preferences);
@@ -32,6 +36,8 @@ private:
     WebSessions& sessions_;
     WebKitPageFactory pages_;
     WebPrefetcher prefetcher_;
+    ThreadWorker pictureWriter_;
+    PagePictures pictures_;
     std::unique_ptr<ProfileStores> profileStores_;
 };
 

@@ -62,6 +62,29 @@ struct ScriptCall {
     std::function<void(Result<std::optional<std::string>>)> done;
 };
 
+struct SnapshotCall {
+    std::function<void(std::optional<std::string>)> done;
+    GdkTexture* pixels = nullptr;  // a copy in memory, safe on any thread
+    std::optional<std::string> png;
+    ~SnapshotCall() {
+        if (pixels) g_object_unref(pixels);
+    }
+};
+
+// A texture the engine drew may live on the graphics card: its pixels are
+// copied out here, on the main thread.
+GdkTexture* memoryCopy(GdkTexture* texture) {
+    const int width = gdk_texture_get_width(texture), height = gdk_texture_get_height(texture);
+    if (width <= 0 || height <= 0) return nullptr;
+    const gsize stride = static_cast<gsize>(width) * 4;
+    auto* data = static_cast<guchar*>(g_malloc(stride * static_cast<gsize>(height)));
+    gdk_texture_download(texture, data, stride);
+    GBytes* bytes = g_bytes_new_take(data, stride * static_cast<gsize>(height));
+    GdkTexture* copy = gdk_memory_texture_new(width, height, GDK_MEMORY_DEFAULT, bytes, stride);
+    g_bytes_unref(bytes);
+    return copy;
+}
+
 }  // namespace
 
 WebKitPage::WebKitPage(WebKitNetworkSession* session, bool accelerated)
@@ -323,7 +346,57 @@ void WebKitPage::setZoom(double zoom) { webkit_web_view_set_zoom_level(view_.get
 
 void WebKitPage::setDelegate(WebPageDelegate* delegate) { delegate_ = delegate; }
 
-void WebKitPage::reload() { webkit_web_view_reload(view_.get()); }
+void WebKitPage::reload() {
+    // After a failure the view may not hold the address at all: it is
+    // asked for anew.
+    if (lastFailed_ && !requested_.empty()) load(requested_);
+    else webkit_web_view_reload(view_.get());
+}
+
+void WebKitPage::snapshot(std::function<void(std::optional<std::string>)> done) {
+    auto* call = new SnapshotCall{std::move(done), nullptr, std::nullopt};
+    webkit_web_view_get_snapshot(
+        view_.get(), WEBKIT_SNAPSHOT_REGION_VISIBLE, WEBKIT_SNAPSHOT_OPTIONS_NONE, cancellable_.get(),
+        [](GObject* source, GAsyncResult* result, gpointer data) {
+            std::unique_ptr<SnapshotCall> call(static_cast<SnapshotCall*>(data));
+            GError* error = nullptr;
+            GdkTexture* texture = webkit_web_view_get_snapshot_finish(WEBKIT_WEB_VIEW(source), result, &error);
+            if (error) g_error_free(error);
+            if (!texture) {
+                call->done(std::nullopt);
+                return;
+            }
+            call->pixels = memoryCopy(texture);
+            g_object_unref(texture);
+            if (!call->pixels) {
+                call->done(std::nullopt);
+                return;
+            }
+            // Encoding a screenful takes tens of milliseconds: not on the
+            // main loop while a talk goes on.
+            GTask* task = g_task_new(nullptr, nullptr,
+                                     [](GObject*, GAsyncResult* result, gpointer data) {
+                                         std::unique_ptr<SnapshotCall> call(static_cast<SnapshotCall*>(data));
+                                         g_task_propagate_boolean(G_TASK(result), nullptr);
+                                         call->done(std::move(call->png));
+                                     },
+                                     call.get());
+            g_task_set_task_data(task, call.release(), nullptr);
+            g_task_run_in_thread(task, [](GTask* task, gpointer, gpointer data, GCancellable*) {
+                auto* call = static_cast<SnapshotCall*>(data);
+                GBytes* png = gdk_texture_save_to_png_bytes(call->pixels);
+                if (png) {
+                    gsize size = 0;
+                    const auto* bytes = static_cast<const char*>(g_bytes_get_data(png, &size));
+                    call->png = std::string(bytes, size);
+                    g_bytes_unref(png);
+                }
+                g_task_return_boolean(task, TRUE);
+            });
+            g_object_unref(task);
+        },
+        call);
+}
 
 void WebKitPage::evaluateAsyncFunction(const std::string& body,
                                        std::function<void(Result<std::optional<std::string>>)> done) {

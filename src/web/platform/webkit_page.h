@@ -36,6 +36,9 @@ public:
     double zoom() const override;
     void setZoom(double zoom) override;
     void setDelegate(WebPageDelegate* delegate) override;
+    // The engine draws the visible area, also of a view in no window (laid
+    // out by the factory); the pixels are encoded as PNG on another thread.
+    void snapshot(std::function<void(std::optional<std::string>)> done) override;
 
     void evaluateAsyncFunction(const std::string& body,
                                std::function<void(Result<std::optional<std::string>>)> done) override;

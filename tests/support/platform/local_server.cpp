@@ -48,6 +48,15 @@ LocalServer::~LocalServer() {
     g_object_unref(server_);
 }
 
+void LocalServer::stop() { soup_server_disconnect(server_); }
+
+void LocalServer::restart() {
+    GError* error = nullptr;
+    if (!soup_server_listen_local(server_, static_cast<guint>(port_), SOUP_SERVER_LISTEN_IPV4_ONLY, &error)) {
+        g_error("the local server cannot listen again: %s", error ? error->message : "unknown error");
+    }
+}
+
 std::string LocalServer::url(const std::string& path) const {
     return scheme_ + "://127.0.0.1:" + std::to_string(port_) + path;
 }

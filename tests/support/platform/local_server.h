@@ -48,6 +48,10 @@ public:
     // http://localhost:<port><path>: the same server under another host name.
     std::string localhostUrl(const std::string& path) const;
     int port() const { return port_; }
+    // Stops listening and drops every open connection (the network is
+    // gone), and listens again on the same port.
+    void stop();
+    void restart();
 
     void route(const std::string& path, Route route);
     // A page with this title and body text.

@@ -17,6 +17,7 @@
 #include "support/temp_dir.h"
 #include "web/platform/web_sessions.h"
 #include "web/platform/webkit_page.h"
+#include "web/page_pictures.h"
 #include "web/web_slide_checker.h"
 
 namespace lectern {
@@ -164,6 +165,27 @@ TEST_F(WebCheckTest, APasswordFieldOnShowIsASignInForm) {
     ASSERT_TRUE(iterateUntil([&] { return !checker.isRunning(); }, 30000));
     EXPECT_EQ(checker.entries()[0].outcome, WebCheckOutcome::redirected("Shows a sign-in form"));
     EXPECT_EQ(checker.entries()[1].outcome, WebCheckOutcome::ok());
+}
+
+TEST_F(WebCheckTest, PagesThatLoadWellLeaveAPictureOfTheStageSize) {
+    // The check's pages are in no window, laid out at the stage's size.
+    pages.setHiddenSize(640, 360);
+    InlineWorker worker;
+    PagePictures pictures(stores / "pictures", worker);
+    Deck deck;
+    deck.slides = {webSlide("Dashboard", server.url("/dashboard")), webSlide("Missing", server.url("/missing"))};
+    WebSlideChecker checker(pages, scheduler);
+    checker.setPictures(&pictures);
+    checker.run(deck);
+    ASSERT_TRUE(iterateUntil([&] { return !checker.isRunning(); }, 30000));
+    ASSERT_TRUE(iterateUntil([&] { return pictures.find(deck.slides[0].id, *deck.slides[0].url).has_value(); }, 10000));
+    auto picture = pictures.find(deck.slides[0].id, *deck.slides[0].url);
+    GdkTexture* texture = gdk_texture_new_from_filename(picture->file.c_str(), nullptr);
+    ASSERT_NE(texture, nullptr) << "a PNG the stage can show";
+    EXPECT_EQ(gdk_texture_get_width(texture), 640);
+    EXPECT_EQ(gdk_texture_get_height(texture), 360);
+    g_object_unref(texture);
+    EXPECT_FALSE(pictures.find(deck.slides[1].id, *deck.slides[1].url)) << "a page that failed leaves none";
 }
 
 TEST_F(WebCheckTest, NeverMoreThanThreePagesAtOnce) {
