@@ -33,6 +33,9 @@ std::map<std::string, bool> enabledCommands(const DeckDocument& document, const 
         {"next-slide", canGoForward && !facts.typing},
         {"overview", !facts.typing},
         {"advance", count > 0},
+        // The cover is the talk's: only over the stage alone.
+        {"black-out", !state.editorOpen()},
+        {"white-out", !state.editorOpen()},
         {"go-to-slide", count > 0},
         {"reset-web-page", facts.hasLivePage},
         {"zoom-in", isWebPage && WebZoom::zoomIn(slide->webZoom) != slide->webZoom},

@@ -12,6 +12,17 @@ constexpr std::uint32_t up = 0xff52;
 constexpr std::uint32_t right = 0xff53;
 constexpr std::uint32_t down = 0xff54;
 constexpr std::uint32_t escape = 0xff1b;
+// The talk's other keys (see PresenterKeys).
+constexpr std::uint32_t home = 0xff50;
+constexpr std::uint32_t end = 0xff57;
+constexpr std::uint32_t pageUp = 0xff55;
+constexpr std::uint32_t pageDown = 0xff56;
+constexpr std::uint32_t space = 0x20;
+constexpr std::uint32_t returnKey = 0xff0d;
+constexpr std::uint32_t keypadEnter = 0xff8d;
+constexpr std::uint32_t backSpace = 0xff08;
+constexpr std::uint32_t f5 = 0xffc2;
+constexpr std::uint32_t keypad0 = 0xffb0;  // through keypad9 = 0xffb9
 }  // namespace keys
 
 struct KeyModifiers {

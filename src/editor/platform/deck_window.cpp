@@ -17,7 +17,7 @@
 #include "editor/platform/stage_field.h"
 #include "editor/recovery_store.h"
 #include "model/deck_package.h"
-#include "present/key_monitor.h"
+#include "present/presenter_keys.h"
 #include "present/platform/hud_bar.h"
 #include "present/platform/shortcuts_window.h"
 #include "present/platform/soup_http_transport.h"
@@ -134,6 +134,7 @@ DeckWindow::DeckWindow(Scheduler& scheduler, PreferencesStore& preferences, std:
 
     deckConnection_ = editor_->deckChanged().connect([this](const DeckChange& change) { deckChanged(change); });
     stateConnection_ = state_->changed().connect([this](PresentationField field) { stateChanged(field); });
+    keysConnection_ = stage_->keys().changed().connect([this] { updateActions(); });
     stage_->showCurrentSlide();
     refreshTitle();
     refreshChrome();
@@ -156,6 +157,7 @@ DeckWindow::~DeckWindow() {
     panel_.reset();
     deckConnection_.disconnect();
     stateConnection_.disconnect();
+    keysConnection_.disconnect();
     if (gobj()) unset_child();  // a closed window has lost its widgets already
     autosaver_.reset();
     editor_.reset();
@@ -266,27 +268,12 @@ bool DeckWindow::handleKey(guint keyval, Gdk::ModifierType modifiers) {
     keyModifiers.alt = held(Gdk::ModifierType::ALT_MASK);
     keyModifiers.super = held(Gdk::ModifierType::SUPER_MASK) || held(Gdk::ModifierType::META_MASK) ||
                          held(Gdk::ModifierType::HYPER_MASK);
-    bool bare = !keyModifiers.shift && !keyModifiers.control && !keyModifiers.alt && !keyModifiers.super;
-    // Presenter remotes send Page Down and Page Up (some send Space): they
-    // step like the right and left arrows, unless the presenter is working
-    // in the live page (typing a space, scrolling it).
+    // A live page keeps the keys it types and scrolls with; a text field
+    // keeps the keys that move through text and leave it.
     Gtk::Widget* focus = get_focus();
     bool inLivePage = focus && (focus == &webCard() || focus->is_ancestor(webCard()));
-    if (bare && !inLivePage && (keyval == GDK_KEY_Page_Down || keyval == GDK_KEY_space)) keyval = keys::right;
-    if (bare && !inLivePage && keyval == GDK_KEY_Page_Up) keyval = keys::left;
-
-    // Keys that move through text are the text field's (Ctrl+Left/Right).
-    if (typing_) return false;
-    const auto& slides = deck().slides;
-    switch (keyCommand(keyval, keyModifiers, state_->editorOpen())) {
-    case KeyCommand::passOn: return false;
-    case KeyCommand::next: state_->next(slides); return true;
-    case KeyCommand::previous: state_->previous(slides); return true;
-    case KeyCommand::toggleOverview: state_->toggleOverview(); return true;
-    case KeyCommand::nextSlideDirect: state_->nextSlideDirect(slides); return true;
-    case KeyCommand::previousSlideDirect: state_->previousSlideDirect(slides); return true;
-    }
-    return false;
+    KeyFocus where = typing_ ? KeyFocus::text : inLivePage ? KeyFocus::livePage : KeyFocus::stage;
+    return stage_->keys().press(keyval, keyModifiers, where, deck().slides);
 }
 
 void DeckWindow::showToast(const std::string& message) {

@@ -181,6 +181,7 @@ private:
     Signal<const DeckChange&>::Connection deckConnection_;
     Signal<PresentationField>::Connection stateConnection_;
     Signal<const Error&>::Connection saveFailedConnection_;
+    Signal<>::Connection keysConnection_;
     std::shared_ptr<DeckPlaces> places_;
     DeckPlace place_;  // the last place seen, for writing once the widgets are gone
     Scheduler::TimerId placeTimer_ = 0;

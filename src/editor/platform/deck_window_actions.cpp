@@ -73,6 +73,16 @@ void DeckWindow::buildActions() {
             if (number >= 1 && number <= count) state_->goTo(number - 1, true);
         });
     addToggle("overview", [this] { return state_->overview(); }, [this] { state_->toggleOverview(); });
+    // Blacking or whiting out the stage, as B and W do; D-Bus clients set
+    // the state.
+    auto coverToggle = [this, &addToggle](const char* name, StageCover cover) {
+        addToggle(name, [this, cover] { return stage_ && stage_->keys().cover() == cover; }, [this, cover] {
+            auto& keys = stage_->keys();
+            keys.setCover(keys.cover() == cover ? StageCover::none : cover);
+        });
+    };
+    coverToggle("black-out", StageCover::black);
+    coverToggle("white-out", StageCover::white);
     addToggle("toggle-notes", [this] { return !state_->notesHidden(); }, [this] { state_->toggleNotes(); });
     add("toggle-hud", [this] { state_->toggleHud(); });
     addToggle("toggle-presenter-display", [this] { return state_->presenterPanelVisible(); },
@@ -215,6 +225,8 @@ void DeckWindow::updateActions() {
     auto setToggle = [this](const char* name, bool on) { actions_[name]->set_state(Glib::Variant<bool>::create(on)); };
     setToggle("overview", state_->overview());
     setToggle("toggle-notes", !state_->notesHidden());
+    setToggle("black-out", stage_->keys().cover() == StageCover::black);
+    setToggle("white-out", stage_->keys().cover() == StageCover::white);
     setToggle("toggle-presenter-display", state_->presenterPanelVisible());
     setToggle("toggle-editor", state_->editorOpen());
     setToggle("toggle-sidebar", sidebarVisible_);

@@ -6,6 +6,9 @@
 #include <cmath>
 
 #include "editor/deck_edits.h"
+#include "base/platform/accessible.h"
+#include "base/platform/style.h"
+#include "base/translation.h"
 #include "editor/platform/stage_editing.h"
 #include "present/platform/hud_bar.h"
 #include "slides/platform/overview_grid.h"
@@ -15,8 +18,19 @@
 
 namespace lectern {
 
+namespace {
+
+const char* const style = R"(
+.stage-cover.black { background-color: #000000; }
+.stage-cover.white { background-color: #ffffff; }
+.slide-number { padding: 8px 16px; margin: 24px; border-radius: 10px; font-size: 1.25em; }
+)";
+
+}  // namespace
+
 PresentingStage::PresentingStage(DeckEditor& editor, Scheduler& scheduler, Worker& worker, PresenterHud& hudController)
-    : editor_(editor), state_(editor.state()), hudController_(hudController) {
+    : editor_(editor), state_(editor.state()), hudController_(hudController), keys_(state_, scheduler) {
+    installStyleOnce(style);
     stage_ = Gtk::make_managed<StageView>();
     cardConnection_ = stage_->cardClicked().connect([this](const std::string& target) {
         // In the editor a click on a card selects it; the jump is the talk's.
@@ -55,6 +69,25 @@ PresentingStage::PresentingStage(DeckEditor& editor, Scheduler& scheduler, Worke
     editing_ = std::make_unique<StageEditing>(editor_, *stageOverlay, *stage_, worker, [this] { return paintOptions(); });
     editingLooksConnection_ = editing_->looksChanged().connect([this] { showCurrentSlide(); });
     stageOverlay->add_overlay(*hud_);
+    // The slide number being typed, in a corner; the cover over all of it,
+    // the live page and the HUD too. A click on the cover takes it away.
+    numberBox_ = Gtk::make_managed<Gtk::Label>();
+    numberBox_->add_css_class("osd");
+    numberBox_->add_css_class("slide-number");
+    numberBox_->add_css_class("numeric");
+    numberBox_->set_halign(Gtk::Align::END);
+    numberBox_->set_valign(Gtk::Align::END);
+    numberBox_->set_can_target(false);
+    stageOverlay->add_overlay(*numberBox_);
+    cover_ = Gtk::make_managed<Gtk::Box>();
+    cover_->add_css_class("stage-cover");
+    setAccessibleLabel(*cover_, _("Stage blanked"));
+    auto coverClick = Gtk::GestureClick::create();
+    coverClick->signal_released().connect([this](int, double, double) { keys_.click(); });
+    cover_->add_controller(coverClick);
+    stageOverlay->add_overlay(*cover_);
+    keysConnection_ = keys_.changed().connect([this] { refreshKeys(); });
+    refreshKeys();
     stageOverlay->signal_get_child_position().connect(
         [this](Gtk::Widget* child, Gdk::Rectangle& allocation) {
             if (child != webCard_) return false;
@@ -151,6 +184,22 @@ void PresentingStage::refreshOverview() {
 void PresentingStage::deckChanged() {
     overviewStale_ = true;
     refreshOverview();
+}
+
+void PresentingStage::refreshKeys() {
+    StageCover cover = keys_.cover();
+    cover_->set_visible(cover != StageCover::none);
+    cover_->remove_css_class(cover == StageCover::white ? "black" : "white");
+    if (cover != StageCover::none) cover_->add_css_class(cover == StageCover::white ? "white" : "black");
+    std::string text;
+    if (!keys_.typedNumber().empty()) {
+        // TRANSLATORS: shown while the presenter types a slide number to jump to.
+        text = formatText(_("Go to slide %s"), keys_.typedNumber().c_str());
+    } else if (auto missing = keys_.missingNumber()) {
+        text = formatText(_("There is no slide %s"), std::to_string(*missing).c_str());
+    }
+    numberBox_->set_text(text);
+    numberBox_->set_visible(!text.empty());
 }
 
 void PresentingStage::placeWebCard(Gdk::Rectangle& allocation) {

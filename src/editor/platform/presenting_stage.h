@@ -11,6 +11,7 @@
 #include "base/signal.h"
 #include "editor/deck_editor.h"
 #include "present/presenter_hud.h"
+#include "present/presenter_keys.h"
 #include "slides/slide_painter.h"
 
 namespace lectern {
@@ -50,15 +51,25 @@ public:
     OverviewGrid& overview() { return *overview_; }
     StageEditing& editing() { return *editing_; }
     HudBar& hud() { return *hud_; }
+    // The talk's keys, the cover over the stage and the typed slide number.
+    PresenterKeys& keys() { return keys_; }
+    // What covers the stage while it is blacked or whited out.
+    Gtk::Widget& cover() { return *cover_; }
+    // The box that shows the slide number as it is typed.
+    Gtk::Label& numberBox() { return *numberBox_; }
 
 private:
     void placeWebCard(Gdk::Rectangle& allocation);
     void setCurrentWebZoom(double zoom);
+    void refreshKeys();
 
     DeckEditor& editor_;
     PresentationState& state_;
     PresenterHud& hudController_;
+    PresenterKeys keys_;
     StageView* stage_ = nullptr;
+    Gtk::Box* cover_ = nullptr;
+    Gtk::Label* numberBox_ = nullptr;
     WebCard* webCard_ = nullptr;
     HudBar* hud_ = nullptr;
     OverviewGrid* overview_ = nullptr;
@@ -73,6 +84,7 @@ private:
     Signal<double>::Connection webZoomConnection_;
     Signal<>::Connection editingLooksConnection_;
     Signal<std::optional<std::string>>::Connection webAddressConnection_;
+    Signal<>::Connection keysConnection_;
 };
 
 }  // namespace lectern

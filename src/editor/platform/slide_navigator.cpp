@@ -395,6 +395,18 @@ bool SlideNavigator::keyPressed(guint keyval, Gdk::ModifierType modifiers) {
         if (target != current) editor_.state().goTo(target, false);
         return true;
     }
+    // Home and End: the first and the last slide, as they are in a talk
+    // (in the editor, skipped slides count).
+    case GDK_KEY_Home:
+    case GDK_KEY_KP_Home:
+    case GDK_KEY_End:
+    case GDK_KEY_KP_End: {
+        if (!plain || count == 0) return false;
+        bool home = keyval == GDK_KEY_Home || keyval == GDK_KEY_KP_Home;
+        std::int64_t target = home ? 0 : count - 1;
+        if (target != current) editor_.state().goTo(target, false);
+        return true;
+    }
     case GDK_KEY_Delete:
     case GDK_KEY_KP_Delete:
         return plain && activate_action("win.delete-slide");
