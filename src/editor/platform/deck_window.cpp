@@ -147,6 +147,7 @@ DeckWindow::~DeckWindow() {
     // window taken down without closing still writes what is waiting, with
     // nowhere left to say if that fails.
     if (!closing_) (void)autosaver_->flush();
+    cancelExport();
     rememberPlace();
     stage_->webCard().clear();
     trustReview_.close();
