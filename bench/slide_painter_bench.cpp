@@ -154,6 +154,26 @@ void ExportHundredSlides(benchmark::State& state) {
 }
 BENCHMARK(ExportHundredSlides)->Unit(benchmark::kMillisecond)->Iterations(3);
 
+// The same deck as handout pages, each slide with a paragraph of presenter
+// notes under it (the window's "Include presenter notes").
+void ExportHundredSlidesWithNotes(benchmark::State& state) {
+    Deck deck = hundredSlideDeck();
+    for (auto& slide : deck.slides) {
+        slide.notes = "Open with the customer's question, then show the page live. Point at the totals and "
+                      "mention that the numbers refresh every minute.\nIf time is short, skip the second demo.";
+    }
+    PdfExportOptions options;
+    options.withNotes = true;
+    std::size_t size = 0;
+    for (auto _ : state) {
+        auto pdf = deckPdf(deck, options);
+        size = pdf ? pdf->size() : 0;
+        benchmark::DoNotOptimize(size);
+    }
+    state.counters["pdf_bytes"] = static_cast<double>(size);
+}
+BENCHMARK(ExportHundredSlidesWithNotes)->Unit(benchmark::kMillisecond)->Iterations(3);
+
 // A save of the same deck with nothing changed: the thumbnail comes from the
 // render cache and is encoded as PNG, the PDF is drawn again.
 void QuickLookOfUnchangedDeck(benchmark::State& state) {

@@ -22,7 +22,7 @@ constexpr int exitError = 2;
 constexpr int exitNeedsAttention = 1;
 
 const char* usage() {
-    return _("Usage: lectern-cli dump DECK | outline DECK [--json] | export DECK OUT.pdf | check DECK");
+    return _("Usage: lectern-cli dump DECK | outline DECK [--json] | export DECK OUT.pdf [--notes] | check DECK");
 }
 
 // --help: the usage line, then each command and option.
@@ -34,6 +34,8 @@ void printHelp(std::ostream& out) {
              "  dump DECK               print the deck.json that saving DECK would write\n"
              "  outline DECK [--json]   print the talk as the presenter will step through it\n"
              "  export DECK OUT.pdf     write every slide as a page of OUT.pdf\n"
+             "    --notes               instead, A4 handout pages: each slide with its\n"
+             "                          presenter notes under it\n"
              "  check DECK              load every web slide's page and report the ones that fail\n"
              "\n"
              "Options:\n"
@@ -73,11 +75,15 @@ int outline(const std::filesystem::path& package, bool asJson, std::ostream& out
     return 0;
 }
 
-// Writes every slide as a 960 x 540 point PDF page, as Preview.pdf.
-int exportDeck(const std::filesystem::path& package, const std::filesystem::path& pdf, std::ostream& err) {
+// Writes every slide as a 960 x 540 point PDF page, as Preview.pdf, or
+// with `withNotes` as handout pages: the window's "Export as PDF…" pages.
+int exportDeck(const std::filesystem::path& package, const std::filesystem::path& pdf, bool withNotes,
+               std::ostream& err) {
     auto deck = open(package, err);
     if (!deck) return exitError;
-    auto status = exportPdf(*deck, pdf);
+    PdfExportOptions options;
+    options.withNotes = withNotes;
+    auto status = exportPdf(*deck, pdf, options);
     if (!status) {
         err << pdf.string() << ": " << status.error().message << "\n";
         return exitError;
@@ -157,7 +163,14 @@ int runCli(const std::vector<std::string>& arguments, std::ostream& out, std::os
     }
     if (arguments.size() == 2 && arguments[0] == "check") return check(arguments[1], startWebEngine, out, err);
     if (arguments.size() == 2 && arguments[0] == "dump") return dump(arguments[1], out, err);
-    if (arguments.size() == 3 && arguments[0] == "export") return exportDeck(arguments[1], arguments[2], err);
+    if (!arguments.empty() && arguments[0] == "export") {
+        // --notes may come anywhere after the command.
+        std::vector<std::string> paths(arguments.begin() + 1, arguments.end());
+        auto notes = std::remove(paths.begin(), paths.end(), std::string("--notes"));
+        bool withNotes = notes != paths.end();
+        paths.erase(notes, paths.end());
+        if (paths.size() == 2 && arguments.size() <= 4) return exportDeck(paths[0], paths[1], withNotes, err);
+    }
     if (arguments.size() == 2 && arguments[0] == "outline") return outline(arguments[1], false, out, err);
     if (arguments.size() == 3 && arguments[0] == "outline") {
         if (arguments[1] == "--json") return outline(arguments[2], true, out, err);

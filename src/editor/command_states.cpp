@@ -37,6 +37,7 @@ std::map<std::string, bool> enabledCommands(const DeckDocument& document, const 
         {"black-out", !state.editorOpen()},
         {"white-out", !state.editorOpen()},
         {"go-to-slide", count > 0},
+        {"export-pdf", count > 0},
         {"reset-web-page", facts.hasLivePage},
         {"zoom-in", isWebPage && WebZoom::zoomIn(slide->webZoom) != slide->webZoom},
         {"zoom-out", isWebPage && WebZoom::zoomOut(slide->webZoom) != slide->webZoom},

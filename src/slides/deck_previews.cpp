@@ -5,6 +5,7 @@
 #include <cairo-pdf.h>
 
 #include "model/file_io.h"
+#include "slides/handout_page.h"
 #include "slides/slide_painter.h"
 #include "slides/slide_render_cache.h"
 
@@ -20,11 +21,13 @@ cairo_status_t appendBytes(void* closure, const unsigned char* data, unsigned in
 
 }  // namespace
 
-std::optional<std::vector<std::uint8_t>> deckPdf(const Deck& deck) {
+std::optional<std::vector<std::uint8_t>> deckPdf(const Deck& deck, const PdfExportOptions& exportOptions) {
     if (deck.slides.empty()) return std::nullopt;
     std::vector<std::uint8_t> bytes;
-    cairo_surface_t* surface = cairo_pdf_surface_create_for_stream(appendBytes, &bytes, SlidePainter::designWidth,
-                                                                   SlidePainter::designHeight);
+    const bool handouts = exportOptions.withNotes;
+    cairo_surface_t* surface = cairo_pdf_surface_create_for_stream(
+        appendBytes, &bytes, handouts ? HandoutPage::pageWidth : SlidePainter::designWidth,
+        handouts ? HandoutPage::pageHeight : SlidePainter::designHeight);
     if (cairo_surface_status(surface) != CAIRO_STATUS_SUCCESS) {
         cairo_surface_destroy(surface);
         return std::nullopt;
@@ -35,13 +38,20 @@ std::optional<std::vector<std::uint8_t>> deckPdf(const Deck& deck) {
     options.theme = deck.theme;
     options.deckAccentHex = deck.accentHex;
     options.deckTitle = deck.title.value_or("");
-    for (const auto& slide : deck.slides) {
-        SlidePainter::paint(cr, slide, options, SlidePainter::designWidth, SlidePainter::designHeight);
-        cairo_show_page(cr);
+    bool stopped = false;
+    for (std::size_t i = 0; i < deck.slides.size() && !stopped; ++i) {
+        const Slide& slide = deck.slides[i];
+        if (handouts) {
+            HandoutPage::paint(cr, slide, options);
+        } else {
+            SlidePainter::paint(cr, slide, options, SlidePainter::designWidth, SlidePainter::designHeight);
+            cairo_show_page(cr);
+        }
+        if (exportOptions.progress) stopped = !exportOptions.progress(i + 1, deck.slides.size());
     }
     cairo_destroy(cr);
     cairo_surface_finish(surface);
-    bool ok = cairo_surface_status(surface) == CAIRO_STATUS_SUCCESS;
+    bool ok = !stopped && cairo_surface_status(surface) == CAIRO_STATUS_SUCCESS;
     cairo_surface_destroy(surface);
     if (!ok) return std::nullopt;
     return bytes;
@@ -67,9 +77,9 @@ DeckPreviews makeDeckPreviews(const Deck& deck) {
     return previews;
 }
 
-Status exportPdf(const Deck& deck, const std::filesystem::path& path) {
+Status exportPdf(const Deck& deck, const std::filesystem::path& path, const PdfExportOptions& options) {
     if (deck.slides.empty()) return Error{_("The deck has no slides to export.")};
-    auto bytes = deckPdf(deck);
+    auto bytes = deckPdf(deck, options);
     if (!bytes) return Error{_("The PDF could not be made.")};
     return replaceFileAtomically(path, std::string_view(reinterpret_cast<const char*>(bytes->data()), bytes->size()));
 }

@@ -7,6 +7,7 @@
 #include "model/deck_json.h"
 #include "model/deck_package.h"
 #include "support/deck_fixtures.h"
+#include "support/pdf_pages.h"
 #include "support/temp_dir.h"
 
 namespace lectern {
@@ -206,6 +207,34 @@ TEST(LecternCliExport, ABareNameIsWrittenHereAndMissingFoldersAreNotMade) {
     EXPECT_EQ(std::count(missing.err.begin(), missing.err.end(), '\n'), 1) << missing.err;
     EXPECT_NE(missing.err.find("No such file or directory"), std::string::npos) << missing.err;
     EXPECT_EQ(listFolder(here.path()), std::vector<std::string>{"Talk.pdf"});
+}
+
+// --notes may stand before or after the paths; the pages are the handout
+// pages, with the notes read back from them.
+TEST(LecternCliExport, NotesMakeHandoutPagesWhereverTheOptionStands) {
+    fs::path package = fs::path(LECTERN_EXAMPLES_DIR) / "Welcome.lectern";
+    auto deck = DeckPackage::read(package);
+    ASSERT_TRUE(deck.ok());
+    auto withNotes = std::find_if(deck->slides.begin(), deck->slides.end(),
+                                  [](const Slide& slide) { return slide.notes.size() > 12; });
+    ASSERT_NE(withNotes, deck->slides.end());
+    std::string someNotes = withNotes->notes.substr(0, withNotes->notes.find_first_of("\n"));
+    someNotes = someNotes.substr(0, someNotes.rfind(' ', 24));
+
+    TempDir out;
+    ASSERT_EQ(runCli({"export", "--notes", package.string(), (out / "a.pdf").string()}).status, 0);
+    ASSERT_EQ(runCli({"export", package.string(), (out / "b.pdf").string(), "--notes"}).status, 0);
+    auto before = testing::readPdf(out / "a.pdf"), after = testing::readPdf(out / "b.pdf");
+    ASSERT_GE(before.size(), deck->slides.size());
+    EXPECT_EQ(before.size(), after.size());
+    EXPECT_LT(before[0].width, before[0].height) << "portrait handout pages";
+    bool found = false;
+    for (const auto& page : before) found = found || page.text.find(someNotes) != std::string::npos;
+    EXPECT_TRUE(found) << someNotes;
+
+    CliRun twice = runCli({"export", package.string(), (out / "c.pdf").string(), "--notes", "--notes"});
+    EXPECT_EQ(twice.status, 2);
+    EXPECT_FALSE(fs::exists(out / "c.pdf"));
 }
 
 }  // namespace

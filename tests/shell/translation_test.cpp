@@ -60,7 +60,7 @@ TEST(Translation, TheCliReadsTheCatalogueOfTheUsersLanguage) {
     std::ofstream(temp / "xx.po")
         << "msgid \"\"\n"
            "msgstr \"Content-Type: text/plain; charset=UTF-8\\n\"\n\n"
-           "msgid \"Usage: lectern-cli dump DECK | outline DECK [--json] | export DECK OUT.pdf | check DECK\"\n"
+           "msgid \"Usage: lectern-cli dump DECK | outline DECK [--json] | export DECK OUT.pdf [--notes] | check DECK\"\n"
            "msgstr \"Xxusage: lectern-cli dump DEKK\"\n\n"
            // The file's name moves: a translation may reorder the placeholders.
            "msgid \"The file %s couldn\u2019t be opened because there is no such file.\"\n"

@@ -150,6 +150,7 @@ DeckWindow::~DeckWindow() {
     // nowhere left to say if that fails.
     WebDownloads::shared().stopListening(downloadListener_);
     if (!closing_) (void)autosaver_->flush();
+    cancelExport();
     rememberPlace();
     stage_->webCard().clear();
     trustReview_.close();

@@ -72,6 +72,14 @@ public:
     // message in the window) when the change is still only here.
     bool saveNow();
 
+    // "Export as PDF…": asks for the file and whether to include the
+    // presenter notes, then exports off the main thread.
+    void exportAsPdf();
+    // For tests: the next "Export as PDF…" takes this answer instead of
+    // showing the file dialog.
+    void answerNextExportForTesting(std::filesystem::path pdf, bool withNotes);
+    bool isExporting() const { return pdfExport_ != nullptr; }
+
     // The window's key monitor; true when the key was used.
     bool handleKey(guint keyval, Gdk::ModifierType modifiers);
     // A short message over the window's content.
@@ -135,6 +143,11 @@ private:
     // A download from a page in this window ended: a toast names the file
     // (or says it failed) without taking the keyboard from the stage.
     void downloadEnded(const DownloadReport& report);
+    struct PdfExport;
+    void startExport(const std::filesystem::path& pdf, bool withNotes);
+    void showExportProgress(PdfExport& job);
+    void exportFinished(PdfExport& job, const std::filesystem::path& pdf);
+    void cancelExport();
     // Coming back: the size before the window is first shown and the slide
     // once the deck is open; written a little after the slide changes, when
     // the deck moves to a new package and when the window closes.
@@ -187,6 +200,11 @@ private:
     Scheduler::TimerId placeTimer_ = 0;
     std::optional<std::filesystem::path> placedPackage_;  // the package place_ was written under
     sigc::signal<void(const std::vector<std::filesystem::path>&)> decksDropped_;
+    // Exports have a thread of their own, so a save never waits for one.
+    ThreadWorker exportWorker_;
+    std::shared_ptr<PdfExport> pdfExport_;
+    Glib::RefPtr<Gtk::FileChooserNative> exportDialog_;
+    std::optional<std::pair<std::filesystem::path, bool>> exportAnswerForTesting_;
 };
 
 }  // namespace lectern

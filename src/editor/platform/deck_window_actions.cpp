@@ -124,6 +124,7 @@ void DeckWindow::buildActions() {
     add("redo", [this] { editor_->redo(); });
     add("save", [this] { save(); });
     add("save-as", [this] { saveAs(); });
+    add("export-pdf", [this] { exportAsPdf(); });
     // Save As without the dialog, for scripts: the package's path.
     addWithText("save-to", [this](const std::string& path) {
         std::filesystem::path package = path;

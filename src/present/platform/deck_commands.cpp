@@ -13,6 +13,7 @@ const std::vector<DeckCommand>& fileCommands() {
         {"app.open", _("Open…"), {"<Control>o"}},
         {"win.save", _("Save"), {"<Control>s"}},
         {"win.save-as", _("Save As…"), {"<Shift><Control>s"}},
+        {"win.export-pdf", _("Export as PDF…"), {"<Shift><Control>e"}},
     };
     return commands;
 }

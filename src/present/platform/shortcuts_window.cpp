@@ -174,6 +174,7 @@ Gtk::ShortcutsWindow* makeShortcutsWindow() {
           {_("Open a deck"), "<Control>o"},
           {_("Save"), "<Control>s"},
           {_("Save as"), "<Shift><Control>s"},
+          {_("Export as PDF"), "<Shift><Control>e"},
           {_("Close the window"), "<Control>w"},
           {_("Preferences"), "<Control>comma"},
           {_("Keyboard shortcuts"), "<Control>question"},
