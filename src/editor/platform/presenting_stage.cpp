@@ -123,9 +123,9 @@ PresentingStage::PresentingStage(DeckEditor& editor, Scheduler& scheduler, Worke
     refreshOverview();
 }
 
-PresentingStage::~PresentingStage() {
-    if (webCard_) webCard_->clear();
-}
+// The window takes the live page down before its widgets go; by the time
+// the stage is destroyed its children (the web card among them) are gone.
+PresentingStage::~PresentingStage() = default;
 
 SlidePaintOptions PresentingStage::paintOptions() const {
     const Deck& deck = editor_.deck();
