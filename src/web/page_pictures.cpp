@@ -78,7 +78,9 @@ void PagePictures::takeSoon(std::shared_ptr<WebPage> page, const Uuid& slideId, 
     std::string shown = page->currentUrl();
     scheduler.after(settleSeconds, [this, alive = alive_, page = std::move(page), slideId, url, shown] {
         if (!*alive || page->isLoading() || page->lastLoadFailed() || page->currentUrl() != shown) return;
-        page->snapshot([this, alive, slideId, url](std::optional<std::string> png) {
+        // The page is held until its picture is back: a page going away
+        // cancels its snapshot (the check lets go of its pages at once).
+        page->snapshot([this, alive, slideId, url, page](std::optional<std::string> png) {
             if (*alive && png && !png->empty()) save(slideId, url, std::move(*png), currentTime());
         });
     });
