@@ -11,6 +11,7 @@
 #include "model/deck_package.h"
 #include "present/deck_outline.h"
 #include "slides/deck_previews.h"
+#include "web/page_pictures.h"
 #include "web/web_slide_checker.h"
 
 namespace lectern {
@@ -141,8 +142,13 @@ int check(const std::filesystem::path& package, const CliWebEngineStarter& start
     } noTime;
 
     WebSlideChecker checker(engine ? engine->pages() : noPages, engine ? engine->scheduler() : noTime);
+    PagePictures* pictures = engine ? engine->pictures() : nullptr;
+    checker.setPictures(pictures);
     checker.run(*deck);
     if (engine) engine->runUntil([&] { return !checker.isRunning(); });
+    // Pages that loaded well are pictured for the stage: a talk that starts
+    // without network still shows them.
+    if (pictures) engine->runUntil([&] { return pictures->pending() == 0; });
 
     for (const auto& entry : checker.entries()) out << reportLine(entry) << "\n";
     out << checker.summary() << "\n";

@@ -10,6 +10,8 @@
 
 namespace lectern {
 
+class PagePictures;
+
 class Scheduler;
 class WebPageFactory;
 
@@ -24,6 +26,8 @@ public:
     virtual Scheduler& scheduler() = 0;
     // Turns the main loop until `finished` holds.
     virtual void runUntil(const std::function<bool()>& finished) = 0;
+    // Where pages that load well leave their pictures (none: nowhere).
+    virtual PagePictures* pictures() { return nullptr; }
 };
 // Starts the web engine, or says in one line why it cannot.
 using CliWebEngineStarter = std::function<Result<std::unique_ptr<CliWebEngine>>()>;

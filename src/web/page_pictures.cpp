@@ -33,7 +33,19 @@ std::string localText(std::int64_t time, const char* format) {
 PagePictures::PagePictures(std::filesystem::path folder, Worker& worker)
     : folder_(std::move(folder)), worker_(worker) {}
 
+// Counts one picture on its way for as long as any step of it holds this.
+struct PagePictures::Pending {
+    explicit Pending(std::shared_ptr<int> count) : count(std::move(count)) { ++*this->count; }
+    ~Pending() { --*count; }
+    std::shared_ptr<int> count;
+};
+
 void PagePictures::save(const Uuid& slideId, const std::string& url, std::string png, std::int64_t takenAt) {
+    save(slideId, url, std::move(png), takenAt, std::make_shared<Pending>(pending_));
+}
+
+void PagePictures::save(const Uuid& slideId, const std::string& url, std::string png, std::int64_t takenAt,
+                        std::shared_ptr<Pending> pending) {
     const std::string name = slideId.string();
     auto picture = folder_ / (name + ".png");
     auto sidecar = folder_ / (name + ".json");
@@ -47,7 +59,7 @@ void PagePictures::save(const Uuid& slideId, const std::string& url, std::string
             // whole and agree.
             *written = replaceFileAtomically(picture, png).ok() && replaceFileAtomically(sidecar, about).ok();
         },
-        [this, alive = alive_, slideId, written] {
+        [this, alive = alive_, slideId, written, pending = std::move(pending)] {
             if (*alive && *written) saved_.emit(slideId);
         });
 }
@@ -76,12 +88,13 @@ void PagePictures::takeSoon(std::shared_ptr<WebPage> page, const Uuid& slideId, 
                             Scheduler& scheduler) {
     // The page may have gone on (a redirect): what it shows now is what counts.
     std::string shown = page->currentUrl();
-    scheduler.after(settleSeconds, [this, alive = alive_, page = std::move(page), slideId, url, shown] {
+    auto pending = std::make_shared<Pending>(pending_);
+    scheduler.after(settleSeconds, [this, alive = alive_, page = std::move(page), slideId, url, shown, pending] {
         if (!*alive || page->isLoading() || page->lastLoadFailed() || page->currentUrl() != shown) return;
         // The page is held until its picture is back: a page going away
         // cancels its snapshot (the check lets go of its pages at once).
-        page->snapshot([this, alive, slideId, url, page](std::optional<std::string> png) {
-            if (*alive && png && !png->empty()) save(slideId, url, std::move(*png), currentTime());
+        page->snapshot([this, alive, slideId, url, page, pending](std::optional<std::string> png) {
+            if (*alive && png && !png->empty()) save(slideId, url, std::move(*png), currentTime(), pending);
         });
     });
 }

@@ -47,8 +47,8 @@ public:
     std::optional<PagePicture> find(const Uuid& slideId, const std::string& url) const;
 
     // Pictures `page` (which loaded the slide's `url`) a moment from now, if
-    // it still shows the same page and is not loading then. The page is held until then: a check's page lives on
-    // for its picture.
+    // it still shows the same page and is not loading then. The page is held
+    // until then: a check's page lives on for its picture.
     void takeSoon(std::shared_ptr<WebPage> page, const Uuid& slideId, const std::string& url, Scheduler& scheduler);
 
     // "Offline copy from 14:32 — Ctrl+R to try again", in local time, with
@@ -57,12 +57,20 @@ public:
     static std::int64_t currentTime();
 
     Signal<const Uuid&>& saved() { return saved_; }
+    // Pictures asked for and not yet on disk or given up: a program that
+    // ends after a check waits for none to be left.
+    int pending() const { return *pending_; }
 
 private:
+    struct Pending;
+    void save(const Uuid& slideId, const std::string& url, std::string png, std::int64_t takenAt,
+              std::shared_ptr<Pending> pending);
+
     std::filesystem::path folder_;
     Worker& worker_;
     Signal<const Uuid&> saved_;
     std::shared_ptr<bool> alive_ = std::make_shared<bool>(true);
+    std::shared_ptr<int> pending_ = std::make_shared<int>(0);
 };
 
 }  // namespace lectern

@@ -22,6 +22,9 @@
 #include "app/cli.h"
 #include "base/glib_scheduler.h"
 #include "base/translation.h"
+#include "base/worker.h"
+#include "web/page_pictures.h"
+#include "web/platform/web_services.h"
 #include "web/platform/web_sessions.h"
 #include "web/platform/webkit_page.h"
 
@@ -113,10 +116,15 @@ private:
 // Pages in the application's own website data stores, on GLib's main loop.
 class WebKitCliEngine : public CliWebEngine {
 public:
-    WebKitCliEngine() : pages_(WebSessions::shared()) {}
+    WebKitCliEngine() : pages_(WebSessions::shared()), pictures_(WebServices::picturesFolder(), pictureWriter_) {
+        // No stage to measure: pages are laid out, and pictured, at the web
+        // area of a full-HD stage.
+        pages_.setHiddenSize(1280, 720);
+    }
 
     WebPageFactory& pages() override { return pages_; }
     Scheduler& scheduler() override { return scheduler_; }
+    PagePictures* pictures() override { return &pictures_; }
     void runUntil(const std::function<bool()>& finished) override {
         // The check's own timers bound every page, so this always ends.
         while (!finished()) g_main_context_iteration(nullptr, TRUE);
@@ -125,6 +133,8 @@ public:
 private:
     GLibScheduler scheduler_;
     WebKitPageFactory pages_;
+    ThreadWorker pictureWriter_;
+    PagePictures pictures_;
 };
 
 PrivateDisplay privateDisplay;

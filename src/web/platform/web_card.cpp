@@ -74,7 +74,9 @@ WebCard::WebCard(WebKitPageFactory& pages, Scheduler& scheduler, WebPrefetcher* 
 
     // The offline copy lies over the page (which may be loading again
     // underneath), with its mark in a pill at the bottom left.
-    copy_.set_content_fit(Gtk::ContentFit::FILL);
+    // A page laid out at another size (a check from the command line) is
+    // cropped, never distorted.
+    copy_.set_content_fit(Gtk::ContentFit::COVER);
     copy_.set_can_shrink(true);
     copy_.set_can_target(false);
     copy_.set_visible(false);

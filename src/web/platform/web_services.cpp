@@ -8,7 +8,11 @@ WebServices::WebServices()
     : sessions_(WebSessions::shared()),
       pages_(sessions_),
       prefetcher_(pages_, scheduler_),
-      pictures_(std::filesystem::path(g_get_user_cache_dir()) / "lectern" / "pictures", pictureWriter_) {}
+      pictures_(picturesFolder(), pictureWriter_) {}
+
+std::filesystem::path WebServices::picturesFolder() {
+    return std::filesystem::path(g_get_user_cache_dir()) / "lectern" / "pictures";
+}
 
 ProfileStores& WebServices::profileStores(PreferencesStore& preferences) {
     if (!profileStores_) {

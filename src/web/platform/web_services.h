@@ -25,6 +25,8 @@ public:
     Scheduler& scheduler() { return scheduler_; }
     // The last good picture of each slide's live page, in the user's cache.
     PagePictures& pictures() { return pictures_; }
+    // Their folder: $XDG_CACHE_HOME/lectern/pictures.
+    static std::filesystem::path picturesFolder();
     // Clearing and deleting browser profiles' data, with the pending
     // removals kept in the application's preferences (made on first use).
     ProfileStores& profileStores(PreferencesStore& preferences);

@@ -312,9 +312,12 @@ TEST_F(WebCheckTest, LecternCliCheckReportsAndExits) {
 
     deck.slides = {webSlide("Dashboard", server.url("/dashboard"))};
     ASSERT_TRUE(DeckPackage::write(deck, dir / "Good.lectern", std::nullopt).ok());
-    run = runCli({"check", (dir / "Good.lectern").string()});
+    // The page that loaded is pictured for the stage before the program ends.
+    TempDir cache;
+    run = runCli({"check", (dir / "Good.lectern").string()}, {{"XDG_CACHE_HOME", cache.path().string()}});
     EXPECT_EQ(run.status, 0) << run.err;
     EXPECT_EQ(run.out, "01  Dashboard  ok\nAll 1 web slide loaded\n");
+    EXPECT_TRUE(std::filesystem::exists(cache / "lectern" / "pictures" / (deck.slides[0].id.string() + ".png")));
 
     // Neither a display nor Xvfb to start one.
     TempDir emptyPath;
