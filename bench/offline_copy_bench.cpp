@@ -71,6 +71,8 @@ bool markDrawn(lectern::DeckWindow& window) {
     return blue < 160 && red < 60;
 }
 
+Clock::time_point failedAt;
+
 void BM_FailureToOfflineCopy(benchmark::State& state) {
     if (!g_getenv("DISPLAY")) {
         state.SkipWithError("needs a display: run under xvfb-run -a");
@@ -102,7 +104,7 @@ void BM_FailureToOfflineCopy(benchmark::State& state) {
     pumpFor(0.5);  // the card has decoded the picture
 
     bool armed = false, seen = false;
-    Clock::time_point failedAt, seenAt;
+    Clock::time_point seenAt;
     auto paintConnection = lectern::SignalConnection::connect<>(window->get_frame_clock()->gobj(), "after-paint", [&] {
         if (armed && !seen && markDrawn(*window)) {
             seen = true;
@@ -115,23 +117,29 @@ void BM_FailureToOfflineCopy(benchmark::State& state) {
         auto page = std::dynamic_pointer_cast<lectern::WebKitPage>(window->webCard().pane()->page());
         armed = seen = false;
         bool failed = false;
-        gulong handler = g_signal_connect(
-            page->view(), "load-failed",
-            G_CALLBACK(+[](WebKitWebView*, WebKitLoadEvent, char*, GError*, gpointer data) {
-                *static_cast<bool*>(data) = true;
-                return gboolean(FALSE);
-            }),
-            &failed);
+        // An emission hook sees the engine's report before any handler of
+        // the page can stop it.
+        guint signalId = g_signal_lookup("load-failed", WEBKIT_TYPE_WEB_VIEW);
+        gulong hook = g_signal_add_emission_hook(
+            signalId, 0,
+            +[](GSignalInvocationHint*, guint, const GValue*, gpointer data) {
+                auto* flag = static_cast<bool*>(data);
+                if (!*flag) {
+                    *flag = true;
+                    failedAt = Clock::now();
+                }
+                return gboolean(TRUE);
+            },
+            &failed, nullptr);
         server.stop();
         page->reload();
         // The engine's report is the start; it comes within the same turn.
-        pumpUntil([&] { return failed; }, 5);
-        failedAt = Clock::now();
         armed = true;
+        pumpUntil([&] { return failed; }, 5);
         state.ResumeTiming();
         if (!pumpUntil([&] { return seen; }, 5)) {
             state.SkipWithError("the offline copy never showed");
-            g_signal_handler_disconnect(page->view(), handler);
+            g_signal_remove_emission_hook(signalId, hook);
             break;
         }
         double seconds = std::chrono::duration<double>(seenAt - failedAt).count();
@@ -139,7 +147,7 @@ void BM_FailureToOfflineCopy(benchmark::State& state) {
         times.push_back(seconds * 1e3);
 
         state.PauseTiming();
-        g_signal_handler_disconnect(page->view(), handler);
+        g_signal_remove_emission_hook(signalId, hook);
         server.restart();
         page->reload();
         pumpUntil([&] { return loaded() && !window->webCard().showingCopy(); }, 10);
