@@ -15,6 +15,7 @@
 
 #include "app/platform/lectern_application.h"
 #include "base/platform/gobject_ref.h"
+#include "bench_application.h"
 #include "bench_decks.h"
 #include "editor/platform/deck_window.h"
 #include "main_loop.h"
@@ -29,19 +30,7 @@ using lectern::bench::pumpFor;
 using lectern::bench::pumpUntil;
 using lectern::testing::LocalServer;
 
-lectern::LecternApplication& application() {
-    static lectern::bench::TempFolder home("lectern-bench-offline");
-    static lectern::PreferencesStore preferences(home.path() / "preferences.json");
-    static auto app = [] {
-        g_setenv("XDG_DATA_HOME", (home.path() / "data").c_str(), true);
-        g_setenv("XDG_CACHE_HOME", (home.path() / "cache").c_str(), true);
-        auto created = lectern::LecternApplication::create(Gio::Application::Flags::NON_UNIQUE, &preferences);
-        created->register_application();
-        created->hold();
-        return created;
-    }();
-    return *app;
-}
+lectern::LecternApplication& application() { return lectern::bench::application("lectern-bench-offline", true); }
 
 // The rendered colour of one point of the card, as the window renders it.
 std::array<int, 3> pixelAt(lectern::DeckWindow& window, double x, double y) {

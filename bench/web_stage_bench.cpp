@@ -23,6 +23,7 @@
 #include "editor/platform/deck_window.h"
 #include "base/platform/gobject_ref.h"
 #include "app/platform/lectern_application.h"
+#include "bench_application.h"
 #include "bench_decks.h"
 #include "main_loop.h"
 #include "support/platform/local_server.h"
@@ -41,19 +42,7 @@ double median(std::vector<double> values) {
     return values.empty() ? 0 : values[values.size() / 2];
 }
 
-lectern::LecternApplication& application() {
-    static lectern::bench::TempFolder home("lectern-bench-web");
-    static lectern::PreferencesStore preferences(home.path() / "preferences.json");
-    static auto app = [] {
-        g_setenv("XDG_DATA_HOME", (home.path() / "data").c_str(), true);
-        g_setenv("XDG_CACHE_HOME", (home.path() / "cache").c_str(), true);
-        auto created = lectern::LecternApplication::create(Gio::Application::Flags::NON_UNIQUE, &preferences);
-        created->register_application();
-        created->hold();
-        return created;
-    }();
-    return *app;
-}
+lectern::LecternApplication& application() { return lectern::bench::application("lectern-bench-web", true); }
 
 // A page of one strong colour, 300 ms in coming.
 constexpr unsigned pageDelayMs = 300;

@@ -154,7 +154,7 @@ Status syncDirectory(const fs::path& path) {
     return Done{};
 }
 
-Status replaceFileAtomically(const fs::path& path, std::string_view bytes) {
+Status replaceFileAtomically(const fs::path& path, std::string_view bytes, unsigned mode) {
     fs::path directory = path.parent_path();
     if (directory.empty()) directory = ".";  // a bare name is in the current folder
     std::string name(".");
@@ -169,7 +169,7 @@ Status replaceFileAtomically(const fs::path& path, std::string_view bytes) {
         ::unlink(temporary.c_str());
         return writeError(path, error);
     };
-    if (::fchmod(fd, 0644) != 0) return fail(errno);
+    if (::fchmod(fd, static_cast<mode_t>(mode)) != 0) return fail(errno);
     if (!writeAll(fd, reinterpret_cast<const std::uint8_t*>(bytes.data()), bytes.size()) || ::fsync(fd) != 0) {
         return fail(errno);
     }

@@ -29,8 +29,9 @@ Status writeNewFileDurably(const std::filesystem::path& path, std::string_view b
 
 // Replaces a file atomically: a temporary file beside it is written and
 // flushed, then renamed over it. A crash leaves the old file or the new one.
-// The folder must exist: nothing is created on the way.
-Status replaceFileAtomically(const std::filesystem::path& path, std::string_view bytes);
+// The folder must exist: nothing is created on the way. `mode` is the new
+// file's permissions from the start (0600: readable by the user only).
+Status replaceFileAtomically(const std::filesystem::path& path, std::string_view bytes, unsigned mode = 0644);
 
 // Flushes a directory's entries (new names, renames) to the disk.
 Status syncDirectory(const std::filesystem::path& path);

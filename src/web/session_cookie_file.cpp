@@ -92,16 +92,7 @@ Status writeSessionCookies(const std::filesystem::path& file, const std::vector<
     std::string text = json{{"cookies", list}}.dump(1, '\t', false, json::error_handler_t::replace);
     // Written beside and renamed over, flushed, and readable by the user only
     // from the start: the values are sign-ins.
-    GError* failure = nullptr;
-    if (!g_file_set_contents_full(file.c_str(), text.data(), static_cast<gssize>(text.size()),
-                                  static_cast<GFileSetContentsFlags>(G_FILE_SET_CONTENTS_CONSISTENT |
-                                                                     G_FILE_SET_CONTENTS_DURABLE),
-                                  0600, &failure)) {
-        Error error{failure->message, ErrorKind::fileWrite};
-        g_error_free(failure);
-        return error;
-    }
-    return Done{};
+    return replaceFileAtomically(file, text, 0600);
 }
 
 }  // namespace lectern
