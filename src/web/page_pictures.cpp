@@ -57,7 +57,8 @@ void PagePictures::save(const Uuid& slideId, const std::string& url, std::string
             std::filesystem::create_directories(folder, error);
             // The sidecar goes last: a picture is only found once both are
             // whole and agree.
-            *written = replaceFileAtomically(picture, png).ok() && replaceFileAtomically(sidecar, about).ok();
+            // Readable by the user only: pictures of signed-in pages are private.
+            *written = replaceFileAtomically(picture, png, 0600).ok() && replaceFileAtomically(sidecar, about, 0600).ok();
         },
         [this, alive = alive_, slideId, written, pending = std::move(pending)] {
             if (*alive && *written) saved_.emit(slideId);
