@@ -2,6 +2,7 @@
 
 #include <glib/gi18n.h>
 
+#include "base/platform/accessible.h"
 #include "present/presenter_hud.h"
 
 namespace lectern {
@@ -18,11 +19,13 @@ HudBar::HudBar(PresentationState& state, std::function<const Deck&()> deck)
     bar_.add_css_class("osd");
     bar_.add_css_class("toolbar");
     auto* controls = Gtk::make_managed<Gtk::Box>(Gtk::Orientation::HORIZONTAL, 2);
-    present_ = &addButton(*controls, "media-playback-start-symbolic", "win.present", _("Present (Ctrl+Shift+P)"));
-    notes_ = &addButton(*controls, "format-justify-left-symbolic", "win.toggle-notes", "");
-    addButton(*controls, "document-edit-symbolic", "win.toggle-editor", _("Open editor (Ctrl+E)"));
-    addButton(*controls, "view-refresh-symbolic", "win.reset-web-page", _("Reset Web Page (Ctrl+R)"));
-    addButton(*controls, "video-display-symbolic", "win.toggle-presenter-display",
+    present_ = &addButton(*controls, "media-playback-start-symbolic", "win.present", _("Present"),
+                          _("Present (Ctrl+Shift+P)"));
+    notes_ = &addButton(*controls, "format-justify-left-symbolic", "win.toggle-notes", _("Presenter Notes"), "");
+    addButton(*controls, "document-edit-symbolic", "win.toggle-editor", _("Open editor"), _("Open editor (Ctrl+E)"));
+    addButton(*controls, "view-refresh-symbolic", "win.reset-web-page", _("Reset Web Page"),
+              _("Reset Web Page (Ctrl+R)"));
+    addButton(*controls, "video-display-symbolic", "win.toggle-presenter-display", _("Toggle Presenter Display"),
               _("Toggle Presenter Display (Alt+Ctrl+P)"));
     bar_.append(*controls);
 
@@ -67,9 +70,12 @@ HudBar::HudBar(PresentationState& state, std::function<const Deck&()> deck)
     refresh();
 }
 
-Gtk::Button& HudBar::addButton(Gtk::Box& box, const char* icon, const char* action, const char* tooltip) {
+Gtk::Button& HudBar::addButton(Gtk::Box& box, const char* icon, const char* action, const char* name,
+                               const char* tooltip) {
     auto* button = Gtk::make_managed<Gtk::Button>();
     button->set_icon_name(icon);
+    // An icon alone names nothing: screen readers hear the command.
+    setAccessibleLabel(*button, name);
     button->set_action_name(action);
     button->set_tooltip_text(tooltip);
     button->add_css_class("flat");
@@ -80,6 +86,7 @@ Gtk::Button& HudBar::addButton(Gtk::Box& box, const char* icon, const char* acti
 void HudBar::refresh() {
     const Deck& deck = deck_();
     present_->set_icon_name(state_.presenting() ? "view-restore-symbolic" : "media-playback-start-symbolic");
+    setAccessibleLabel(*present_, state_.presenting() ? _("Stop Presenting") : _("Present"));
     notes_->set_tooltip_text(state_.notesHidden() ? _("Show Presenter Notes (Alt+Ctrl+I)")
                                                   : _("Hide Presenter Notes (Alt+Ctrl+I)"));
     auto count = static_cast<std::int64_t>(deck.slides.size());

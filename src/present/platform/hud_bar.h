@@ -31,7 +31,7 @@ public:
     TimerReadout& timer() { return timer_; }
 
 private:
-    Gtk::Button& addButton(Gtk::Box& box, const char* icon, const char* action, const char* tooltip);
+    Gtk::Button& addButton(Gtk::Box& box, const char* icon, const char* action, const char* name, const char* tooltip);
 
     PresentationState& state_;
     std::function<const Deck&()> deck_;

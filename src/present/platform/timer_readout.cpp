@@ -1,5 +1,8 @@
 #include "present/platform/timer_readout.h"
 
+#include <glib/gi18n.h>
+
+#include "base/platform/accessible.h"
 #include "present/presenter_timer.h"
 
 namespace lectern {
@@ -10,6 +13,7 @@ TimerReadout::TimerReadout(PresentationState& state, std::function<std::optional
     add_css_class("timer-readout");
     label_.add_css_class("numeric");
     set_child(label_);
+    setAccessibleLabel(*this, _("Timer"));
     signal_clicked().connect([this] { state_.toggleTimer(); });
     stateConnection_ = state_.changed().connect([this](PresentationField field) {
         if (field == PresentationField::now || field == PresentationField::timerStart) refresh();

@@ -95,9 +95,11 @@ WebCard::WebCard(WebKitPageFactory& pages, Scheduler& scheduler, WebPrefetcher* 
 
     zoomOut_.set_icon_name("zoom-out-symbolic");
     zoomOut_.set_tooltip_text(_("Zoom Out (Ctrl+-)"));
+    setAccessibleLabel(zoomOut_, _("Zoom Out"));
     zoomOut_.signal_clicked().connect([this] { zoomRequested_.emit(WebZoom::zoomOut(zoom_)); });
     zoomIn_.set_icon_name("zoom-in-symbolic");
     zoomIn_.set_tooltip_text(_("Zoom In (Ctrl+=)"));
+    setAccessibleLabel(zoomIn_, _("Zoom In"));
     zoomIn_.signal_clicked().connect([this] { zoomRequested_.emit(WebZoom::zoomIn(zoom_)); });
     zoomBadge_.set_tooltip_text(_("Page zoom — click for Actual Size (Ctrl+0)"));
     zoomBadge_.add_css_class("numeric");
