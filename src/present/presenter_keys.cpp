@@ -178,11 +178,15 @@ void PresenterKeys::jumpTo(std::int64_t index) {
 
 void PresenterKeys::present(bool fromStart, const std::vector<Slide>& slides) {
     if (!state_.presenting()) {
-        state_.togglePresenting();
+        // From the first slide: moved there first, so a talk that starts
+        // after the consent question starts there too.
         if (fromStart && !slides.empty()) state_.goTo(firstShown(slides), false);
+        if (startPresenting_) startPresenting_(); else state_.togglePresenting();
         return;
     }
-    if (state_.editorOpen()) state_.toggleEditor();
+    if (state_.editorOpen()) {
+        if (closeEditor_) closeEditor_(); else state_.toggleEditor();
+    }
     state_.setOverview(false);
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <string>
 #include <vector>
@@ -49,6 +50,13 @@ public:
     PresenterKeys(const PresenterKeys&) = delete;
     PresenterKeys& operator=(const PresenterKeys&) = delete;
 
+    // How F5 starts the talk and leaves the editor: by default straight away;
+    // the window asks for consent first, in the editor, before full screen.
+    void setLeaveEditor(std::function<void()> startPresenting, std::function<void()> closeEditor) {
+        startPresenting_ = std::move(startPresenting);
+        closeEditor_ = std::move(closeEditor);
+    }
+
     // A key press (GDK key value); true when it was used.
     bool press(std::uint32_t key, KeyModifiers modifiers, KeyFocus focus, const std::vector<Slide>& slides);
     // A click on the stage: takes the cover away; true when there was one.
@@ -68,6 +76,9 @@ public:
     Signal<>& changed() { return changed_; }
 
 private:
+    std::function<void()> startPresenting_;
+    std::function<void()> closeEditor_;
+
     bool typeNumber(std::uint32_t key, bool bare, const std::vector<Slide>& slides);
     void setTyped(std::string typed);
     void setMissing(std::optional<std::int64_t> missing);

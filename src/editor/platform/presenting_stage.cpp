@@ -87,6 +87,8 @@ PresentingStage::PresentingStage(DeckEditor& editor, Scheduler& scheduler, Worke
     cover_->add_controller(coverClick);
     stageOverlay->add_overlay(*cover_);
     keysConnection_ = keys_.changed().connect([this] { refreshKeys(); });
+    keys_.setLeaveEditor([this] { state_.togglePresentingAsking(editor_.deck()); },
+                         [this] { state_.toggleEditorAsking(editor_.deck()); });
     refreshKeys();
     stageOverlay->signal_get_child_position().connect(
         [this](Gtk::Widget* child, Gdk::Rectangle& allocation) {
