@@ -40,9 +40,10 @@ public:
                             const std::string& chosen);
     // Monitors came or went while presenting under `current`. The stage
     // stays where it is unless its monitor went (it moves to a remaining
-    // one) or the chosen monitor came back (it moves there); the presenter
-    // display is full screen only while it and the stage have a monitor
-    // each. Presenting never stops here.
+    // one) or the chosen monitor came (it moves there; any other monitor
+    // coming leaves a talk on one monitor as it is); the presenter display
+    // is full screen only while it and the stage have a monitor each.
+    // Presenting never stops here.
     static ScreenPlan afterChange(const ScreenPlan& current, const std::vector<Screen>& screens,
                                   const std::string& deckWindow, const std::string& chosen);
 };

@@ -26,45 +26,42 @@ Glib::RefPtr<Gdk::Monitor> monitorAt(const Glib::RefPtr<Gio::ListModel>& monitor
     return std::dynamic_pointer_cast<Gdk::Monitor>(monitors->get_object(i));
 }
 
+Screen screenOf(const Glib::RefPtr<Gdk::Monitor>& monitor) {
+    Gdk::Rectangle area;
+    monitor->get_geometry(area);
+    Screen screen{monitor->get_connector(), monitor->get_model(), area.get_x(), area.get_y(), area.get_width(),
+                  area.get_height()};
+    // A monitor without a connector name is known by its place.
+    if (screen.connector.empty()) screen.connector = formatText("%d,%d", screen.x, screen.y);
+    return screen;
+}
+
 }  // namespace
 
 std::vector<Screen> DeckWindow::screens() const {
     std::vector<Screen> found;
     auto monitors = monitorList(*this);
     for (guint i = 0; monitors && i < monitors->get_n_items(); ++i) {
-        auto monitor = monitorAt(monitors, i);
-        if (!monitor) continue;
-        Gdk::Rectangle area;
-        monitor->get_geometry(area);
-        Screen screen{monitor->get_connector(), monitor->get_model(), area.get_x(), area.get_y(), area.get_width(),
-                      area.get_height()};
-        // A monitor without a connector name is known by its place.
-        if (screen.connector.empty()) screen.connector = formatText("%d,%d", screen.x, screen.y);
-        found.push_back(std::move(screen));
+        if (auto monitor = monitorAt(monitors, i)) found.push_back(screenOf(monitor));
     }
     return found;
 }
 
 Glib::RefPtr<Gdk::Monitor> DeckWindow::monitorNamed(const std::string& connector) const {
     auto monitors = monitorList(*this);
-    auto all = screens();
-    for (guint i = 0; i < all.size() && monitors && i < monitors->get_n_items(); ++i) {
-        if (all[i].connector == connector) return monitorAt(monitors, i);
+    for (guint i = 0; !connector.empty() && monitors && i < monitors->get_n_items(); ++i) {
+        auto monitor = monitorAt(monitors, i);
+        if (monitor && screenOf(monitor).connector == connector) return monitor;
     }
     return {};
 }
 
 std::string DeckWindow::windowScreen() const {
-    auto surface = const_cast<DeckWindow*>(this)->get_surface();
+    auto self = const_cast<DeckWindow*>(this);
+    auto surface = self->get_surface();
     if (!surface) return {};
-    auto monitor = const_cast<DeckWindow*>(this)->get_display()->get_monitor_at_surface(surface);
-    if (!monitor) return {};
-    for (const auto& screen : screens()) {
-        Gdk::Rectangle area;
-        monitor->get_geometry(area);
-        if (screen.x == area.get_x() && screen.y == area.get_y()) return screen.connector;
-    }
-    return {};
+    auto monitor = self->get_display()->get_monitor_at_surface(surface);
+    return monitor ? screenOf(monitor).connector : std::string();
 }
 
 void DeckWindow::buildScreenActions() {
