@@ -78,6 +78,9 @@ void DeckPlaces::load() {
         if (auto maximized = item.find("maximized"); maximized != item.end() && maximized->is_boolean()) {
             entry.place.maximized = maximized->get<bool>();
         }
+        if (auto screen = item.find("presentOn"); screen != item.end() && screen->is_string()) {
+            entry.place.presentOn = screen->get<std::string>();
+        }
         entries_.push_back(std::move(entry));
     }
 }
@@ -110,6 +113,7 @@ Status DeckPlaces::save() {
             item["height"] = entry.place.height;
         }
         item["maximized"] = entry.place.maximized;
+        if (!entry.place.presentOn.empty()) item["presentOn"] = entry.place.presentOn;
         decks.push_back(std::move(item));
     }
     json root = {{"version", formatVersion}, {"decks", std::move(decks)}};

@@ -18,6 +18,9 @@ struct DeckPlace {
     int width = 0;   // 0: not known (the window's own default)
     int height = 0;
     bool maximized = false;
+    // "Present On": the connector of the monitor chosen for the stage;
+    // empty for "Automatic".
+    std::string presentOn;
 
     friend bool operator==(const DeckPlace&, const DeckPlace&) = default;
 };

@@ -16,7 +16,7 @@ using testing::TempDir;
 using testing::writeText;
 
 DeckPlace place(int width, int height, std::optional<Uuid> slide = Uuid::random(), bool maximized = false) {
-    return DeckPlace{slide, width, height, maximized};
+    return DeckPlace{slide, width, height, maximized, {}};
 }
 
 TEST(DeckPlaces, PlacesComeBackFromTheFileUnderTheDecksRealPath) {
@@ -29,7 +29,8 @@ TEST(DeckPlaces, PlacesComeBackFromTheFileUnderTheDecksRealPath) {
     EXPECT_TRUE(places.save());
     EXPECT_FALSE(fs::exists(file)) << "nothing to write, nothing written";
 
-    const DeckPlace intro = place(1200, 800);
+    DeckPlace intro = place(1200, 800);
+    intro.presentOn = "HDMI-1";  // the monitor chosen with "Present On"
     const DeckPlace draftLike = place(900, 700, std::nullopt, true);
     places.remember(dir / "Talks" / "Intro.lectern", intro);
     places.remember(dir / "Gone.lectern", draftLike);  // a deck need not exist to be remembered
@@ -83,8 +84,8 @@ TEST(DeckPlaces, ADamagedFileLosesOnlyWhatCannotBeRead) {
     writeText(file, nlohmann::json{{"version", 99}, {"decks", decks}}.dump());
     DeckPlaces places(file);
     EXPECT_EQ(places.packages(), (std::vector<fs::path>{"/talks/Sizes.lectern", "/talks/Good.lectern"}));
-    EXPECT_EQ(places.find("/talks/Sizes.lectern"), (DeckPlace{std::nullopt, 0, 0, false}));
-    EXPECT_EQ(places.find("/talks/Good.lectern"), (DeckPlace{slide, 1000, 700, false}));
+    EXPECT_EQ(places.find("/talks/Sizes.lectern"), (DeckPlace{std::nullopt, 0, 0, false, {}}));
+    EXPECT_EQ(places.find("/talks/Good.lectern"), (DeckPlace{slide, 1000, 700, false, {}}));
 
     // Remembering writes a whole new file over the damaged one.
     places.remember("/talks/New.lectern", place(1024, 768));

@@ -83,6 +83,7 @@ DeckWindow::DeckWindow(Scheduler& scheduler, PreferencesStore& preferences, std:
     add_css_class("deck-window");
 
     buildActions();
+    buildScreenActions();
     buildContent();
     // "Keyboard Shortcuts": the window brings its own action for it.
     set_help_overlay(*makeShortcutsWindow());
@@ -118,7 +119,14 @@ DeckWindow::DeckWindow(Scheduler& scheduler, PreferencesStore& preferences, std:
     // presentation, so that state and window agree.
     property_fullscreened().signal_changed().connect([this] {
         bool fullScreen = is_fullscreen();
-        if (wasFullScreen_ && !fullScreen && state_->presenting()) state_->togglePresenting();
+        if (wasFullScreen_ && !fullScreen && state_->presenting()) {
+            // Right after monitors changed it is the window manager moving
+            // the stage: it stays full screen and the talk goes on.
+            if (settleTimer_) Glib::signal_idle().connect_once(sigc::track_obj([this] {
+                if (state_->presenting()) applyScreenPlan(screenPlan_);
+            }, *this));
+            else state_->togglePresenting();
+        }
         wasFullScreen_ = fullScreen;
     });
 
@@ -152,6 +160,9 @@ DeckWindow::~DeckWindow() {
     if (!closing_) (void)autosaver_->flush();
     cancelExport();
     rememberPlace();
+    monitorsConnection_.disconnect();
+    screensIdle_.disconnect();
+    if (settleTimer_) scheduler_.cancel(settleTimer_);
     stage_->webCard().clear();
     trustReview_.close();
     webCheck_.reset();
@@ -414,7 +425,7 @@ void DeckWindow::refreshWebCheck() {
 }
 
 void DeckWindow::toggleFullScreen() {
-    if (state_->presenting()) fullscreen(); else unfullscreen();
+    placeStage(state_->presenting());
 }
 
 }  // namespace lectern

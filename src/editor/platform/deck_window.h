@@ -22,6 +22,7 @@
 #include "present/platform/trust_review.h"
 #include "present/presentation_state.h"
 #include "present/presenter_hud.h"
+#include "present/screen_placement.h"
 #include "slides/slide_painter.h"
 
 namespace lectern {
@@ -109,6 +110,10 @@ public:
     PresenterHud& hudController() { return hudController_; }
 
     void toggleFullScreen() override;
+    // The monitors and where the talk is on them now (empty while not
+    // presenting or on a single monitor).
+    std::vector<Screen> screens() const;
+    const ScreenPlan& screenPlan() const { return screenPlan_; }
 
     // The decks (package folders) dropped onto the window outside the
     // places that take files of their own (the image of an image slide).
@@ -152,6 +157,17 @@ private:
     // once the deck is open; written a little after the slide changes, when
     // the deck moves to a new package and when the window closes.
     void restorePlace();
+    // Monitors (deck_window_screens.cpp): "Present On" and placing the
+    // stage and the presenter display when presenting starts, ends or the
+    // monitors change.
+    void buildScreenActions();
+    void refreshPresentOnMenu();
+    void screensChanged();
+    void settleScreens();
+    void placeStage(bool presenting);
+    void applyScreenPlan(const ScreenPlan& plan);
+    Glib::RefPtr<Gdk::Monitor> monitorNamed(const std::string& connector) const;
+    std::string windowScreen() const;
     void placeChangedSoon();
     void rememberPlace();
 
@@ -190,6 +206,13 @@ private:
     bool warnedOfFailedSave_ = false;  // closing again discards the change
     TrustReview trustReview_;
     bool wasFullScreen_ = false;
+    ScreenPlan screenPlan_;
+    std::string presentingFrom_;  // the deck window's monitor when presenting started
+    bool openedPanelForScreens_ = false;
+    Glib::RefPtr<Gio::Menu> presentOnMenu_;
+    sigc::connection monitorsConnection_;
+    sigc::connection screensIdle_;
+    Scheduler::TimerId settleTimer_ = 0;  // monitors changed a moment ago
     int downloadListener_ = 0;
     Signal<const DeckChange&>::Connection deckConnection_;
     Signal<PresentationField>::Connection stateConnection_;

@@ -290,6 +290,7 @@ GtkWidget* DeckWindow::buildHeaderBar() {
     for (const auto& command : slideCommands()) slideMenu->append(command.title, command.action);
     auto presentationMenu = Gio::Menu::create();
     for (const auto& command : presentationCommands()) presentationMenu->append(command.title, command.action);
+    presentationMenu->append_submenu(_("Present On"), presentOnMenu_);
     auto menusSection = Gio::Menu::create();
     menusSection->append_submenu(_("Slide"), slideMenu);
     menusSection->append_submenu(_("Presentation"), presentationMenu);
