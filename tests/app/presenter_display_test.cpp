@@ -64,12 +64,17 @@ TEST_F(PresenterDisplayTest, ShowsTheTimesAndKeepsItsNotesSizeAndWindowSizeForTh
     EXPECT_GT(naturalHeight(panel.notes(), 300), smallHeight) << "the text itself is larger";
     EXPECT_EQ(Settings(testing::preferences()).notesPoints(), panel.notesPoints());
 
-    // Large, the slides grow with the window; the notes stay on screen.
-    // Resized as a person does, through the window manager's side.
+    // Resized as a person does, through the window manager's side. On a
+    // tall display the next slide goes below the current one.
     auto xid = gdk_x11_surface_get_xid(panel.get_surface()->gobj());
+    ASSERT_EQ(testing::runProgram({"xdotool", "windowsize", std::to_string(xid), "760", "1060"}), 0);
+    ASSERT_TRUE(pumpUntil([&] { return panel.get_width() < 800 && panel.slides().stacked(); }))
+        << panel.get_width() << "x" << panel.get_height();
+    testing::screenshot("presenter-display-tall");
+    // Large, the slides grow with the window; the notes stay on screen.
     ASSERT_EQ(testing::runProgram({"xdotool", "windowsize", std::to_string(xid), "1600", "900"}), 0);
     // (the X window holds the frame's shadow too)
-    ASSERT_TRUE(pumpUntil([&] { return panel.get_width() > 1500 && panel.get_height() > 800; }));
+    ASSERT_TRUE(pumpUntil([&] { return panel.get_width() > 1500 && panel.get_height() < 1000; }));
     pumpFor(0.3);
     const std::pair size(panel.get_width(), panel.get_height());
     int width = 0, height = 0;
@@ -79,6 +84,7 @@ TEST_F(PresenterDisplayTest, ShowsTheTimesAndKeepsItsNotesSizeAndWindowSizeForTh
     EXPECT_TRUE(panel.notes().get_mapped());
     EXPECT_GT(panel.notes().get_height(), 60);
     testing::screenshot("presenter-display-large");
+    EXPECT_FALSE(panel.slides().stacked());
 
     // Closed, it opens at that size with those notes in another deck's window.
     panel.close();

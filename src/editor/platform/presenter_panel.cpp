@@ -124,7 +124,7 @@ PresenterPanel::PresenterPanel(DeckWindow& deckWindow)
     counter_.add_css_class("dim-label");
     slides_ = Gtk::make_managed<PresenterSlides>(*slideColumn(_("Current"), current_, currentCaption_, &counter_),
                                                  *slideColumn(_("Next"), next_, nextCaption_, nullptr));
-    slides_->set_vexpand(true);
+    slides_->set_valign(Gtk::Align::START);
 
     // Said in the presenter's window only: the audience sees the page.
     signInNote_.set_wrap(true);

@@ -12,7 +12,10 @@ PresenterSlides::PresenterSlides(Gtk::Widget& current, Gtk::Widget& next) : curr
     signal_destroy().connect([this] { releaseChildren(); });
 }
 
-PresenterSlides::~PresenterSlides() { releaseChildren(); }
+PresenterSlides::~PresenterSlides() {
+    remeasure_.disconnect();
+    releaseChildren();
+}
 
 void PresenterSlides::releaseChildren() {
     // Unparenting lets the children go: they are never touched after.
@@ -83,15 +86,35 @@ void PresenterSlides::measure_vfunc(Gtk::Orientation orientation, int forSize, i
     }
     minimum = std::max(columnHeight(current_, lowest), columnHeight(next_, nextWidth(lowest)));
     if (forSize < 0) forSize = 2 * lowest + gap + nextWidth(2 * lowest);
-    // Asks for the slides side by side on half of the width; what the
-    // window has beyond that is shared with the notes.
-    int wanted = std::max(lowest, static_cast<int>((forSize - gap) / (1 + nextScale)) / 2 * 2);
-    wanted = std::min(wanted, std::max(lowest, forSize / 2));
-    natural = std::max(minimum, columnHeight(current_, wanted));
+    // Asks for what the best layout takes in a share of the window's
+    // height: the rest goes to the notes and the actions.
+    measuredRootHeight_ = rootHeight();
+    int budget = measuredRootHeight_ > 0 ? static_cast<int>(measuredRootHeight_ * heightShare)
+                                         : columnHeight(current_, std::max(lowest, forSize / 2));
+    natural = std::max(minimum, usedHeight(fit(forSize, std::max(budget, minimum))));
+}
+
+int PresenterSlides::rootHeight() const {
+    const auto* window = dynamic_cast<const Gtk::Widget*>(get_root());
+    return window ? window->get_height() : 0;
+}
+
+int PresenterSlides::usedHeight(Fit chosen) const {
+    const int currentHeight = columnHeight(current_, chosen.width);
+    const int nextHeight = columnHeight(next_, nextWidth(chosen.width));
+    return chosen.stacked ? currentHeight + gap + nextHeight : std::max(currentHeight, nextHeight);
 }
 
 void PresenterSlides::size_allocate_vfunc(int width, int height, int) {
     if (released_) return;
+    // The natural height follows the window's: measured again once the
+    // window has its new height (a change of height alone is not measured).
+    if (rootHeight() != measuredRootHeight_ && !remeasure_.connected()) {
+        remeasure_ = Glib::signal_idle().connect([this] {
+            queue_resize();
+            return false;
+        });
+    }
     Fit chosen = fit(width, height);
     stacked_ = chosen.stacked;
     currentWidth_ = chosen.width;
