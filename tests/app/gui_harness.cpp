@@ -8,6 +8,7 @@
 
 #include "editor/platform/deck_window.h"
 #include "present/action_trust.h"
+#include "present/presenter_display_settings.h"
 #include "support/temp_dir.h"
 
 namespace lectern::testing {
@@ -251,6 +252,8 @@ void WindowTest::SetUp() {
     if (!haveDisplay()) GTEST_SKIP() << "needs a display (run under xvfb-run)";
     app();
     (void)preferences().removeValue(ActionTrust::preferencesKey);
+    (void)preferences().removeValue(PresenterDisplaySettings::notesSizeKey);
+    (void)preferences().removeValue(PresenterDisplaySettings::windowSizeKey);
 }
 
 DeckWindow& WindowTest::open(Deck deck) {

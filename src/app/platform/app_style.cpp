@@ -110,6 +110,9 @@ window.deck-window.stage-only .overview {
 .panel-notes {
   padding: 10px 12px;
 }
+.presenter-time {
+  font-weight: bold;
+}
 )css";
 
 }  // namespace lectern

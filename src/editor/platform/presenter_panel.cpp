@@ -7,7 +7,9 @@
 #include "base/platform/accessible.h"
 #include "base/translation.h"
 #include "editor/platform/deck_window.h"
+#include "editor/platform/presenter_slides.h"
 #include "present/action_runner.h"
+#include "present/presenter_timer.h"
 #include "web/platform/web_card.h"
 
 namespace lectern {
@@ -49,9 +51,19 @@ std::string slideTitle(const Slide& slide) { return slide.title.empty() ? _("Unt
 PresenterPanel::PresenterPanel(DeckWindow& deckWindow)
     : deckWindow_(deckWindow),
       state_(deckWindow.state()),
-      timer_(deckWindow.state(), [this] { return deckWindow_.deck().targetMinutes; }) {
+      timer_(deckWindow.state(), [this] { return deckWindow_.deck().targetMinutes; }),
+      settings_(deckWindow.editor().preferences()) {
     set_title(_("Presenter Display"));
-    set_default_size(width, height);
+    auto remembered = settings_.windowSize();
+    set_default_size(remembered ? remembered->width : width, remembered ? remembered->height : height);
+    // The size it is left at is the size it opens at next time, in this
+    // window or another, also after a restart. The default size follows
+    // the person's resizing but not maximizing or full screen.
+    signal_hide().connect([this] {
+        int w = 0, h = 0;
+        get_default_size(w, h);
+        settings_.setWindowSize({w, h});
+    });
     set_transient_for(deckWindow);
     set_destroy_with_parent(true);
     add_css_class("presenter-panel");
@@ -87,14 +99,32 @@ PresenterPanel::PresenterPanel(DeckWindow& deckWindow)
     controls->append(timer_);
     controls->append(*overview);
 
+    // Elapsed time, time left (with a talk length only) and the wall clock.
+    auto* times = Gtk::make_managed<Gtk::Box>(Gtk::Orientation::HORIZONTAL, 18);
+    times->set_halign(Gtk::Align::CENTER);
+    for (Gtk::Label* label : {&elapsed_, &remaining_, &clock_}) {
+        label->add_css_class("numeric");
+        label->add_css_class("presenter-time");
+        times->append(*label);
+    }
+    timesConnection_ = state_.changed().connect([this](PresentationField field) {
+        if (field == PresentationField::now || field == PresentationField::timerStart) refreshTimes();
+    });
+    // The clock moves on without the timer running too.
+    clockTimer_ = Glib::signal_timeout().connect_seconds(
+        [this] {
+            refreshTimes();
+            return true;
+        },
+        5);
+
     // The slide on screen and the one that comes next.
     counter_.add_css_class("numeric");
-    auto* slides = Gtk::make_managed<Gtk::Box>(Gtk::Orientation::HORIZONTAL, 12);
-    slides->set_homogeneous(true);
     counter_.add_css_class("caption");
     counter_.add_css_class("dim-label");
-    slides->append(*slideColumn(_("Current"), current_, currentCaption_, &counter_));
-    slides->append(*slideColumn(_("Next"), next_, nextCaption_, nullptr));
+    slides_ = Gtk::make_managed<PresenterSlides>(*slideColumn(_("Current"), current_, currentCaption_, &counter_),
+                                                 *slideColumn(_("Next"), next_, nextCaption_, nullptr));
+    slides_->set_valign(Gtk::Align::START);
 
     // Said in the presenter's window only: the audience sees the page.
     signInNote_.set_wrap(true);
@@ -110,6 +140,8 @@ PresenterPanel::PresenterPanel(DeckWindow& deckWindow)
     auto* notesScroller = Gtk::make_managed<Gtk::ScrolledWindow>();
     notesScroller->set_policy(Gtk::PolicyType::NEVER, Gtk::PolicyType::AUTOMATIC);
     notesScroller->set_vexpand(true);
+    notesScroller->set_min_content_height(72);
+    applyNotesPoints(settings_.notesPoints());
     notesScroller->set_child(notes_);
     notesScroller->add_css_class("card");
     notesScroller->add_css_class("panel-notes-frame");
@@ -122,7 +154,8 @@ PresenterPanel::PresenterPanel(DeckWindow& deckWindow)
     auto* content = Gtk::make_managed<Gtk::Box>(Gtk::Orientation::VERTICAL, 12);
     content->set_margin(12);
     content->append(*controls);
-    content->append(*slides);
+    content->append(*times);
+    content->append(*slides_);
     content->append(signInNote_);
     offlineCopy_.set_xalign(0);
     offlineCopy_.set_wrap(true);
@@ -143,6 +176,7 @@ PresenterPanel::PresenterPanel(DeckWindow& deckWindow)
     keys->set_propagation_phase(Gtk::PropagationPhase::CAPTURE);
     keys->signal_key_pressed().connect(
         [this](guint keyval, guint, Gdk::ModifierType modifiers) {
+            if (handleNotesKey(keyval, modifiers)) return true;
             if (deckWindow_.handleKey(keyval, modifiers)) return true;
             auto app = deckWindow_.get_application();
             if (!app) return false;
@@ -178,7 +212,47 @@ void PresenterPanel::refreshOfflineCopy() {
     }
 }
 
-PresenterPanel::~PresenterPanel() = default;
+PresenterPanel::~PresenterPanel() { clockTimer_.disconnect(); }
+
+void PresenterPanel::refreshTimes() {
+    const double elapsed = state_.elapsed();
+    const auto target = deckWindow_.deck().targetMinutes;
+    // TRANSLATORS: the time since the timer started, as 12:34.
+    elapsed_.set_text(formatText(_("Elapsed %s"), PresenterTimer::format(elapsed).c_str()));
+    remaining_.set_visible(target.has_value());
+    // TRANSLATORS: the time left of the talk, as 12:34, or +01:02 past its end.
+    if (target) remaining_.set_text(formatText(_("Remaining %s"), PresenterTimer::text(elapsed, target).c_str()));
+    auto now = Glib::DateTime::create_now_local();
+    // TRANSLATORS: the time of day, as 14:05.
+    clock_.set_text(formatText(_("Clock %s"), now.format("%H:%M").c_str()));
+}
+
+void PresenterPanel::applyNotesPoints(int points) {
+    notesPoints_ = points;
+    Pango::AttrList attributes;
+    auto size = Pango::Attribute::create_attr_size(points * PANGO_SCALE);
+    attributes.insert(size);
+    notes_.set_attributes(attributes);
+}
+
+bool PresenterPanel::handleNotesKey(guint keyval, Gdk::ModifierType modifiers) {
+    if ((modifiers & Gdk::ModifierType::CONTROL_MASK) != Gdk::ModifierType::CONTROL_MASK) return false;
+    if ((modifiers & Gdk::ModifierType::ALT_MASK) == Gdk::ModifierType::ALT_MASK) return false;
+    int steps = 0;
+    switch (keyval) {
+    case GDK_KEY_plus:
+    case GDK_KEY_equal:
+    case GDK_KEY_KP_Add: steps = 1; break;
+    case GDK_KEY_minus:
+    case GDK_KEY_underscore:
+    case GDK_KEY_KP_Subtract: steps = -1; break;
+    case GDK_KEY_0:
+    case GDK_KEY_KP_0: steps = 0; break;
+    default: return false;
+    }
+    applyNotesPoints(settings_.stepNotesPoints(steps));
+    return true;
+}
 
 std::optional<std::int64_t> PresenterPanel::upcomingSlide(const std::vector<Slide>& slides, std::int64_t current,
                                                           bool editorOpen) {
@@ -215,6 +289,9 @@ void PresenterPanel::refresh() {
     nextCaption_.set_text(nextSlide ? slideTitle(*nextSlide) : _("End of Deck"));
 
     refreshOfflineCopy();
+    refreshTimes();
+    // Another display may have changed the size since.
+    if (settings_.notesPoints() != notesPoints_) applyNotesPoints(settings_.notesPoints());
     bool noNotes = !slide || slide->notes.empty();
     notes_.set_text(noNotes ? _("No presenter notes for this slide.") : slide->notes);
     if (noNotes) notes_.add_css_class("dim-label"); else notes_.remove_css_class("dim-label");
