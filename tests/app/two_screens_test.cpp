@@ -1,8 +1,9 @@
-// Presenting on the monitors there are. Under the virtual display of the
-// test runs there is one monitor (GTK's X11 backend lists only RandR
-// monitors backed by an output, and Xvfb has one): the two-monitor part
-// runs on displays with two, the choice of monitors is tested without a
-// display in tests/present/screen_placement_test.cpp.
+// Presenting on the monitors there are. The ordinary test display (Xvfb)
+// has one monitor; tests/support/with-two-screens runs this file again on
+// a display with two (LECTERN_TEST_TWO_SCREENS set), where a monitor is
+// also unplugged and plugged in again mid-talk with xrandr. The choice of
+// monitors is tested without a display in
+// tests/present/screen_placement_test.cpp.
 
 #include <gtest/gtest.h>
 
@@ -16,12 +17,29 @@ namespace {
 
 using testing::pumpUntil;
 
+bool twoScreensExpected() { return g_getenv("LECTERN_TEST_TWO_SCREENS") != nullptr; }
+
+// The connector of the monitor a shown window is on.
+std::string monitorOf(Gtk::Window& window) {
+    auto surface = window.get_surface();
+    auto monitor = surface ? window.get_display()->get_monitor_at_surface(surface) : nullptr;
+    return monitor ? std::string(monitor->get_connector()) : std::string();
+}
+
+// Full screen on the named monitor, as the window manager placed it.
+bool fullscreenOn(Gtk::Window& window, const std::string& connector) {
+    return window.get_mapped() && window.is_fullscreen() && monitorOf(window) == connector;
+}
+
 class TwoScreensTest : public testing::WindowTest {
 protected:
     DeckWindow& openDeck() {
         Deck deck;
         deck.title = "Screens";
-        deck.slides.push_back(Slide::make(SlideLayout::regular));
+        for (const char* title : {"First", "Second"}) {
+            deck.slides.push_back(Slide::make(SlideLayout::regular));
+            deck.slides.back().title = title;
+        }
         return open(deck);
     }
     static void present(DeckWindow& window) {
@@ -54,13 +72,25 @@ TEST_F(TwoScreensTest, OneMonitorPresentsAsAlwaysWhateverWasChosen) {
 
 TEST_F(TwoScreensTest, TwoMonitorsPutTheStageOnOneAndThePresenterDisplayOnTheOther) {
     DeckWindow& window = openDeck();
-    if (window.screens().size() < 2) GTEST_SKIP() << "the display has a single monitor";
+    if (window.screens().size() < 2) {
+        if (twoScreensExpected()) FAIL() << "the two-screen display shows " << window.screens().size() << " monitor";
+        GTEST_SKIP() << "the display has a single monitor";
+    }
+    const std::string home = monitorOf(window);
+    ASSERT_FALSE(home.empty());
 
+    // The stage goes full screen on the other monitor and the presenter
+    // display full screen where the deck window was.
     present(window);
     const ScreenPlan automatic = window.screenPlan();
     EXPECT_FALSE(automatic.stage.empty());
-    EXPECT_NE(automatic.stage, automatic.presenter);
-    EXPECT_TRUE(window.state().presenterPanelVisible());
+    EXPECT_EQ(automatic.presenter, home);
+    ASSERT_TRUE(window.presenterPanel());
+    PresenterPanel& panel = *window.presenterPanel();
+    EXPECT_TRUE(pumpUntil([&] { return fullscreenOn(window, automatic.stage); }))
+        << "the stage is on " << monitorOf(window);
+    EXPECT_TRUE(pumpUntil([&] { return fullscreenOn(panel, home); })) << "the presenter display is on " << monitorOf(panel);
+    testing::screenshot("two-screens-presenting");
     stop(window);
     EXPECT_EQ(window.screenPlan(), ScreenPlan{});
     EXPECT_FALSE(window.state().presenterPanelVisible()) << "opened for the talk, closed with it";
@@ -68,6 +98,52 @@ TEST_F(TwoScreensTest, TwoMonitorsPutTheStageOnOneAndThePresenterDisplayOnTheOth
     window.activate_action("win.present-on", Glib::Variant<Glib::ustring>::create(automatic.presenter));
     present(window);
     EXPECT_EQ(window.screenPlan(), (ScreenPlan{automatic.presenter, automatic.stage}));
+    EXPECT_TRUE(pumpUntil([&] { return fullscreenOn(window, home); })) << "the stage is on " << monitorOf(window);
+    stop(window);
+}
+
+// The stage's monitor unplugged mid-talk: the talk goes on, full screen on
+// the monitor that is left, and the keys still move it; plugged in again,
+// the stage stays put until the presenter chooses.
+TEST_F(TwoScreensTest, UnpluggingTheProjectorMidTalkKeepsTheTalkGoing) {
+    if (!twoScreensExpected()) GTEST_SKIP() << "runs on the two-screen display only";
+    DeckWindow& window = openDeck();
+    ASSERT_EQ(window.screens().size(), 2u);
+    present(window);
+    const ScreenPlan plan = window.screenPlan();
+    ASSERT_TRUE(pumpUntil([&] { return fullscreenOn(window, plan.stage); }));
+    const Screen projector = [&] {
+        for (const auto& screen : window.screens())
+            if (screen.connector == plan.stage) return screen;
+        return Screen{};
+    }();
+
+    ASSERT_EQ(testing::runProgram({"xrandr", "--output", projector.connector, "--off"}), 0);
+    EXPECT_TRUE(pumpUntil([&] { return window.screens().size() == 1; }));
+    EXPECT_TRUE(pumpUntil([&] { return fullscreenOn(window, plan.presenter); }, 10))
+        << "the stage is on " << monitorOf(window);
+    EXPECT_TRUE(window.state().presenting());
+    ASSERT_TRUE(window.presenterPanel());
+    EXPECT_TRUE(pumpUntil([&] { return !window.presenterPanel()->is_fullscreen(); }))
+        << "the presenter display is a window over the stage again";
+    testing::pressKeys(window, {"Right"});
+    EXPECT_TRUE(pumpUntil([&] { return window.state().current() == 1; }));
+    testing::screenshot("two-screens-unplugged");
+
+    ASSERT_EQ(testing::runProgram({"xrandr", "--output", projector.connector, "--mode",
+                                   std::to_string(projector.width) + "x" + std::to_string(projector.height), "--pos",
+                                   std::to_string(projector.x) + "x" + std::to_string(projector.y)}),
+              0);
+    EXPECT_TRUE(pumpUntil([&] { return window.screens().size() == 2; }));
+    testing::pumpFor(0.5);
+    EXPECT_TRUE(window.state().presenting());
+    EXPECT_TRUE(fullscreenOn(window, plan.presenter)) << "a monitor that was not chosen leaves the stage alone";
+
+    // Chosen in "Present On", it takes the stage again.
+    window.activate_action("win.present-on", Glib::Variant<Glib::ustring>::create(projector.connector));
+    EXPECT_TRUE(pumpUntil([&] { return fullscreenOn(window, projector.connector); }, 10))
+        << "the stage is on " << monitorOf(window);
+    EXPECT_TRUE(pumpUntil([&] { return window.presenterPanel()->is_fullscreen(); }));
     stop(window);
 }
 
