@@ -95,8 +95,9 @@ void DeckEditor::stateChanged(PresentationField field) {
 
 void DeckEditor::publishWantedPages() {
     if (!prefetcher_) return;
-    prefetcher_->setWanted(state_.windowId(),
-                           WebPrefetcher::wantedKeys(deck().slides, state_.current(), state_.editorOpen()));
+    auto keys = WebPrefetcher::wantedKeys(deck().slides, state_.current(), state_.editorOpen());
+    auto slides = WebPrefetcher::slidesShowing(deck().slides, keys);
+    prefetcher_->setWanted(state_.windowId(), keys, std::move(slides));
 }
 
 }  // namespace lectern

@@ -4,6 +4,24 @@
 
 namespace lectern {
 
+// The delegate of a page loading in a hidden view: a good load leaves the
+// page's pictures, as one on stage does.
+class WebPrefetcher::AheadWatcher : public WebPageDelegate {
+public:
+    AheadWatcher(WebPrefetcher& owner, Uuid window, PrefetchKey key, std::weak_ptr<WebPage> page)
+        : owner_(owner), window_(std::move(window)), key_(std::move(key)), page_(std::move(page)) {}
+    void loadFinished() override {
+        if (auto page = page_.lock()) owner_.loadedAhead(window_, key_, page);
+    }
+    void loadFailed(const std::string&, bool) override {}
+
+private:
+    WebPrefetcher& owner_;
+    Uuid window_;
+    PrefetchKey key_;
+    std::weak_ptr<WebPage> page_;
+};
+
 WebPrefetcher::WebPrefetcher(WebPageFactory& pages, Scheduler& scheduler) : pages_(pages), scheduler_(scheduler) {}
 
 WebPrefetcher::~WebPrefetcher() {
@@ -44,8 +62,32 @@ std::vector<PrefetchKey> WebPrefetcher::wantedKeys(const std::vector<Slide>& sli
     return keys;
 }
 
-void WebPrefetcher::setWanted(const Uuid& window, const std::vector<PrefetchKey>& keys) {
-    if (keys.empty()) wanted_.erase(window); else wanted_[window] = keys;
+WebPrefetcher::SlidesByKey WebPrefetcher::slidesShowing(const std::vector<Slide>& slides,
+                                                        const std::vector<PrefetchKey>& keys) {
+    SlidesByKey found;
+    for (const auto& slide : slides) {
+        auto key = keyOf(slide);
+        if (key && std::find(keys.begin(), keys.end(), *key) != keys.end()) found[*key].push_back(slide.id);
+    }
+    return found;
+}
+
+void WebPrefetcher::loadedAhead(const Uuid& window, const PrefetchKey& key, const std::shared_ptr<WebPage>& page) {
+    auto slides = slides_.find(window);
+    if (!pictures_ || slides == slides_.end()) return;
+    auto ids = slides->second.find(key);
+    if (ids == slides->second.end()) return;
+    for (const auto& id : ids->second) pictures_->takeSoon(page, id, key.url, scheduler_);
+}
+
+void WebPrefetcher::setWanted(const Uuid& window, const std::vector<PrefetchKey>& keys, SlidesByKey slides) {
+    if (keys.empty()) {
+        wanted_.erase(window);
+        slides_.erase(window);
+    } else {
+        wanted_[window] = keys;
+        slides_[window] = std::move(slides);
+    }
     scheduleReconcile(window);
 }
 
@@ -58,6 +100,9 @@ std::shared_ptr<WebPage> WebPrefetcher::adopt(const Uuid& window, const Prefetch
     auto page = std::move(it->second);
     windowPages->second.erase(it);
     if (windowPages->second.empty()) cache_.erase(windowPages);
+    // The pane watches it from now on.
+    page->setDelegate(nullptr);
+    watchers_.erase(page.get());
     return page;
 }
 
@@ -90,6 +135,7 @@ bool WebPrefetcher::takeBack(std::shared_ptr<WebPage> page, const Uuid& window, 
 void WebPrefetcher::retire(WebPage& page) {
     page.stopLoading();
     page.setDelegate(nullptr);
+    watchers_.erase(&page);
 }
 
 void WebPrefetcher::discardAll() {
@@ -141,6 +187,9 @@ void WebPrefetcher::reconcile(const Uuid& window) {
         if (isHidden(window, key) || onStageCount(window, key) > 0) continue;
         auto page = pages_.makePage(key.profileId);
         if (!page) continue;
+        auto watcher = std::make_unique<AheadWatcher>(*this, window, key, page);
+        page->setDelegate(watcher.get());
+        watchers_[page.get()] = std::move(watcher);
         page->load(key.url);
         cache_[window][key] = std::move(page);
     }

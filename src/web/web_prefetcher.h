@@ -10,6 +10,7 @@
 #include "model/slide.h"
 #include "model/uuid.h"
 #include "base/scheduler.h"
+#include "web/page_pictures.h"
 #include "web/prefetch_key.h"
 #include "web/web_page.h"
 
@@ -36,10 +37,18 @@ public:
                                                bool editorOpen);
     // The key of a web slide with an address.
     static std::optional<PrefetchKey> keyOf(const Slide& slide);
+    // The slides that show each of `keys`.
+    using SlidesByKey = std::unordered_map<PrefetchKey, std::vector<Uuid>>;
+    static SlidesByKey slidesShowing(const std::vector<Slide>& slides, const std::vector<PrefetchKey>& keys);
 
-    // Records what a window wants (empty: forget the window) and reconciles
-    // that window on the next main-loop turn.
-    void setWanted(const Uuid& window, const std::vector<PrefetchKey>& keys);
+    // Where hidden pages that load well leave their pictures, one for each
+    // slide that shows them (none: no pictures).
+    void setPictures(PagePictures* pictures) { pictures_ = pictures; }
+
+    // Records what a window wants (empty: forget the window), with the
+    // slides that show each page, and reconciles that window on the next
+    // main-loop turn.
+    void setWanted(const Uuid& window, const std::vector<PrefetchKey>& keys, SlidesByKey slides = {});
     // A pane comes on stage for `key`: counts it and hands over the hidden
     // page for it, if there is one.
     std::shared_ptr<WebPage> adopt(const Uuid& window, const PrefetchKey& key);
@@ -62,15 +71,22 @@ public:
     int onStageCount(const Uuid& window, const PrefetchKey& key) const;
 
 private:
+    class AheadWatcher;
     using Pages = std::unordered_map<PrefetchKey, std::shared_ptr<WebPage>>;
     void scheduleReconcile(const Uuid& window);
     void reconcile(const Uuid& window);
-    static void retire(WebPage& page);
+    void retire(WebPage& page);
+    // A hidden page finished loading: pictured for the slides that show it.
+    void loadedAhead(const Uuid& window, const PrefetchKey& key, const std::shared_ptr<WebPage>& page);
 
     WebPageFactory& pages_;
     Scheduler& scheduler_;
     std::unordered_map<Uuid, Pages> cache_;
     std::unordered_map<Uuid, std::vector<PrefetchKey>> wanted_;
+    std::unordered_map<Uuid, SlidesByKey> slides_;
+    // The delegates of hidden pages loaded here, until adopted or retired.
+    std::unordered_map<const WebPage*, std::unique_ptr<AheadWatcher>> watchers_;
+    PagePictures* pictures_ = nullptr;
     std::unordered_map<Uuid, std::unordered_map<PrefetchKey, int>> onStage_;
     std::unordered_map<Uuid, Scheduler::TimerId> pendingReconciles_;
     bool isTerminating_ = false;

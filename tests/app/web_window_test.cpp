@@ -63,7 +63,9 @@ TEST_F(WebWindowTest, PresentingLoadsNeighboursAheadAndTheEditorKeepsNone) {
     window.state().toggleEditor();
     ASSERT_TRUE(pumpUntil([&] { return server.requests("/b") == 1; }, 10)) << "B is loaded ahead";
     EXPECT_EQ(prefetcher.hiddenCount(window.windowId()), 1u);
-    pumpFor(0.4);
+    auto& pictures = WebServices::shared().pictures();
+    EXPECT_TRUE(pumpUntil([&] { return pictures.find(window.deck().slides[1].id, server.url("/b")).has_value(); }))
+        << "B, loaded ahead and never shown, leaves its picture";
 
     pressKeys(window, {"Right"});
     ASSERT_TRUE(pumpUntil([&] { return window.state().current() == 1 && onStageLoaded(window); }, 10));

@@ -1,5 +1,6 @@
 // Last good pictures of live pages: the store on disk, which loads leave
-// one (the stage's pane and the check, over fake pages), and the mark's text.
+// one (the stage's pane, pages loaded ahead and the check, over fake
+// pages), and the mark's text.
 #include <gtest/gtest.h>
 
 #include <glib.h>
@@ -11,6 +12,7 @@
 #include "support/temp_dir.h"
 #include "web/page_pictures.h"
 #include "web/web_pane_controller.h"
+#include "web/web_prefetcher.h"
 #include "web/web_slide_checker.h"
 
 namespace lectern {
@@ -94,6 +96,33 @@ TEST_F(PagePicturesTest, GoodLoadsOnStageAndInTheCheckLeavePicturesFailuresDoNot
     EXPECT_TRUE(pictures.find(deck.slides[0].id, "https://site.test/ok"));
     EXPECT_FALSE(pictures.find(deck.slides[1].id, "https://site.test/down"));
     EXPECT_EQ(pages.made[2]->snapshots, 0);
+}
+
+TEST_F(PagePicturesTest, APageLoadedAheadLeavesAPictureForEachSlideThatShowsIt) {
+    ManualScheduler scheduler;
+    FakeWebPageFactory pages;
+    WebPrefetcher prefetcher(pages, scheduler);
+    prefetcher.setPictures(&pictures);
+    std::vector<Slide> slides;
+    for (const char* url : {"https://site.test/a", "https://site.test/down", "https://site.test/a"}) {
+        slides.push_back(Slide::make(SlideLayout::web));
+        slides.back().url = url;
+    }
+    const std::vector<PrefetchKey> keys{{"https://site.test/a", std::nullopt}, {"https://site.test/down", std::nullopt}};
+    const Uuid window = Uuid::random();
+    prefetcher.setWanted(window, keys, WebPrefetcher::slidesShowing(slides, keys));
+    scheduler.runPending();
+    ASSERT_EQ(pages.made.size(), 2u);
+    pages.made[0]->finish();
+    pages.made[1]->fail("Could not connect");
+    scheduler.advance(PagePictures::settleSeconds);
+    EXPECT_TRUE(pictures.find(slides[0].id, "https://site.test/a"));
+    EXPECT_TRUE(pictures.find(slides[2].id, "https://site.test/a")) << "two slides of one page: a picture each";
+    EXPECT_FALSE(pictures.find(slides[1].id, "https://site.test/down"));
+
+    // Adopted by a pane, the page is the pane's to picture.
+    EXPECT_EQ(prefetcher.adopt(window, keys[0]), pages.made[0]);
+    EXPECT_EQ(pages.made[0]->delegate(), nullptr);
 }
 
 TEST(PagePictureMark, SaysTheTimeAndTheDayWhenItIsNotToday) {

@@ -8,7 +8,9 @@ WebServices::WebServices()
     : sessions_(WebSessions::shared()),
       pages_(sessions_),
       prefetcher_(pages_, scheduler_),
-      pictures_(picturesFolder(), pictureWriter_) {}
+      pictures_(picturesFolder(), pictureWriter_) {
+    prefetcher_.setPictures(&pictures_);
+}
 
 std::filesystem::path WebServices::picturesFolder() {
     return std::filesystem::path(g_get_user_cache_dir()) / "lectern" / "pictures";
