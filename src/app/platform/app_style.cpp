@@ -10,6 +10,15 @@ window.deck-window.stage-only .overview {
   color: white;
 }
 
+/* Without a compositor GTK frames every window from the inside; a window
+   that fills its monitor (the stage, a full-screen presenter display)
+   keeps every pixel for its content. */
+window.solid-csd.fullscreen,
+window.deck-window.stage-only.solid-csd {
+  padding: 0;
+  box-shadow: none;
+}
+
 .slide-counter {
   margin-left: 6px;
   margin-right: 6px;

@@ -289,8 +289,11 @@ GtkWidget* DeckWindow::buildHeaderBar() {
     auto slideMenu = Gio::Menu::create();
     for (const auto& command : slideCommands()) slideMenu->append(command.title, command.action);
     auto presentationMenu = Gio::Menu::create();
-    for (const auto& command : presentationCommands()) presentationMenu->append(command.title, command.action);
-    presentationMenu->append_submenu(_("Present On"), presentOnMenu_);
+    // "Present On" follows "Present", which it is the choice of.
+    for (const auto& command : presentationCommands()) {
+        presentationMenu->append(command.title, command.action);
+        if (command.action == "win.present") presentationMenu->append_submenu(_("Present On"), presentOnMenu_);
+    }
     auto menusSection = Gio::Menu::create();
     menusSection->append_submenu(_("Slide"), slideMenu);
     menusSection->append_submenu(_("Presentation"), presentationMenu);

@@ -28,9 +28,11 @@ Gtk::Label* sectionTitle(const char* text) {
 // the right of the title.
 Gtk::Box* slideColumn(const char* title, SlideThumbnail& thumbnail, Gtk::Label& caption, Gtk::Widget* aside) {
     auto* column = Gtk::make_managed<Gtk::Box>(Gtk::Orientation::VERTICAL, 6);
-    auto* heading = Gtk::make_managed<Gtk::Box>(Gtk::Orientation::HORIZONTAL);
+    auto* heading = Gtk::make_managed<Gtk::Box>(Gtk::Orientation::HORIZONTAL, 6);
     auto* label = sectionTitle(title);
     label->set_hexpand(true);
+    // A small slide keeps its counter whole; the heading gives way.
+    label->set_ellipsize(Pango::EllipsizeMode::END);
     heading->append(*label);
     if (aside) heading->append(*aside);
     column->append(*heading);
