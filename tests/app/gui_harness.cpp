@@ -110,10 +110,25 @@ int runProgram(const std::vector<std::string>& argv, std::string* output) {
     return g_spawn_check_wait_status(status, nullptr) ? 0 : (WIFEXITED(status) ? WEXITSTATUS(status) : -1);
 }
 
+// Until the widget's window has been through a whole frame: a widget just
+// shown or moved has its place only after the layout of the next one.
+static void waitForFrame(Gtk::Widget& widget) {
+    GdkFrameClock* clock = gtk_widget_get_frame_clock(widget.gobj());
+    if (!clock) return;
+    bool painted = false;
+    gulong handler = g_signal_connect(clock, "after-paint",
+                                      G_CALLBACK(+[](GdkFrameClock*, gpointer done) { *static_cast<bool*>(done) = true; }),
+                                      &painted);
+    gdk_frame_clock_request_phase(clock, GDK_FRAME_CLOCK_PHASE_PAINT);
+    pumpUntil([&] { return painted; }, 1);
+    g_signal_handler_disconnect(clock, handler);
+}
+
 void focus(Gtk::Window& window) {
     pumpUntil([&] { return window.get_mapped(); });
     runProgram({"xdotool", "windowfocus", windowId(window)});
     pumpUntil([&] { return window.is_active(); }, 2);
+    waitForFrame(window);
 }
 
 void pressKeys(Gtk::Window& window, const std::vector<std::string>& keys) {
@@ -125,6 +140,7 @@ void pressKeys(Gtk::Window& window, const std::vector<std::string>& keys) {
 }
 
 void movePointer(Gtk::Widget& widget, double x, double y) {
+    waitForFrame(widget);
     auto [sx, sy] = surfacePoint(widget, x, y);
     auto* window = dynamic_cast<Gtk::Window*>(widget.get_root());
     runProgram({"xdotool", "mousemove", "--window", windowId(*window), std::to_string(sx), std::to_string(sy)});
