@@ -16,6 +16,34 @@ namespace lectern::paint {
 
 namespace {
 
+// Draws `picture` into `area`, filling it (cropped) or fitting it whole.
+void drawPicture(cairo_t* cr, const Picture& picture, const Rect& area, bool fill, double opacity) {
+    const double w = cairo_image_surface_get_width(picture.full());
+    const double h = cairo_image_surface_get_height(picture.full());
+    const double scale = fill ? std::max(area.width / w, area.height / h) : std::min(area.width / w, area.height / h);
+    cairo_save(cr);
+    cairo_translate(cr, area.x + (area.width - w * scale) / 2, area.y + (area.height - h * scale) / 2);
+    cairo_scale(cr, scale, scale);
+    cairo_rectangle(cr, 0, 0, w, h);
+    cairo_clip(cr);
+    if (cairo_surface_get_type(cairo_get_target(cr)) == CAIRO_SURFACE_TYPE_IMAGE) {
+        // On screen and in thumbnails: the halved copy nearest the size
+        // drawn, filtered bilinearly, its edges padded.
+        double dx = 1, dy = 0;
+        cairo_user_to_device_distance(cr, &dx, &dy);
+        cairo_surface_t* copy = picture.forScale(std::hypot(dx, dy));
+        cairo_scale(cr, w / cairo_image_surface_get_width(copy), h / cairo_image_surface_get_height(copy));
+        cairo_set_source_surface(cr, copy, 0, 0);
+        cairo_pattern_set_filter(cairo_get_source(cr), CAIRO_FILTER_BILINEAR);
+        cairo_pattern_set_extend(cairo_get_source(cr), CAIRO_EXTEND_PAD);
+    } else {
+        // A PDF keeps the picture whole; the viewer scales it.
+        cairo_set_source_surface(cr, picture.full(), 0, 0);
+    }
+    cairo_paint_with_alpha(cr, opacity);
+    cairo_restore(cr);
+}
+
 Piece imagePiece(const Context& c, const Rect& area, double radius) {
     std::shared_ptr<const Picture> picture = c.slide.imageData ? decodedPicture(*c.slide.imageData) : nullptr;
     const bool fill = c.slide.imageFill, hasBytes = c.slide.imageData.has_value();
@@ -28,31 +56,7 @@ Piece imagePiece(const Context& c, const Rect& area, double radius) {
                 setSource(cr, colours.mediaBackground);
                 cairo_paint(cr);
                 if (picture && picture->full()) {
-                    const double w = cairo_image_surface_get_width(picture->full());
-                    const double h = cairo_image_surface_get_height(picture->full());
-                    const double scale = fill ? std::max(area.width / w, area.height / h)
-                                              : std::min(area.width / w, area.height / h);
-                    cairo_save(cr);
-                    cairo_translate(cr, area.x + (area.width - w * scale) / 2, area.y + (area.height - h * scale) / 2);
-                    cairo_scale(cr, scale, scale);
-                    cairo_rectangle(cr, 0, 0, w, h);
-                    cairo_clip(cr);
-                    if (cairo_surface_get_type(cairo_get_target(cr)) == CAIRO_SURFACE_TYPE_IMAGE) {
-                        // On screen and in thumbnails: the halved copy nearest the
-                        // size drawn, filtered bilinearly, its edges padded.
-                        double dx = 1, dy = 0;
-                        cairo_user_to_device_distance(cr, &dx, &dy);
-                        cairo_surface_t* copy = picture->forScale(std::hypot(dx, dy));
-                        cairo_scale(cr, w / cairo_image_surface_get_width(copy), h / cairo_image_surface_get_height(copy));
-                        cairo_set_source_surface(cr, copy, 0, 0);
-                        cairo_pattern_set_filter(cairo_get_source(cr), CAIRO_FILTER_BILINEAR);
-                        cairo_pattern_set_extend(cairo_get_source(cr), CAIRO_EXTEND_PAD);
-                    } else {
-                        // A PDF keeps the picture whole; the viewer scales it.
-                        cairo_set_source_surface(cr, picture->full(), 0, 0);
-                    }
-                    cairo_paint_with_alpha(cr, colours.imageOpacity);
-                    cairo_restore(cr);
+                    drawPicture(cr, *picture, area, fill, colours.imageOpacity);
                     if (colours.monochromeOverlay.alpha > 0) {
                         setSource(cr, colours.monochromeOverlay);
                         cairo_paint(cr);
@@ -73,6 +77,9 @@ std::vector<Piece> webPieces(const Context& c, const Rect& area, double radius) 
     const QuickLookTheme colours = c.colours;
     const bool placeholder = c.options.drawWebPlaceholder;
     const bool hasAddress = c.slide.url && !c.slide.url->empty();
+    std::shared_ptr<const Picture> page =
+        placeholder && c.options.webPicture ? decodedPicture(*c.options.webPicture) : nullptr;
+    if (page && !page->full()) page.reset();
     const double bar = std::clamp(area.height * 0.11, 18.0, 34.0);
     pieces.push_back({std::nullopt, 0, 0, std::nullopt, [=](cairo_t* cr) {
                           cairo_save(cr);
@@ -81,6 +88,12 @@ std::vector<Piece> webPieces(const Context& c, const Rect& area, double radius) 
                           setSource(cr, colours.mediaBackground);
                           cairo_paint(cr);
                           if (!placeholder) {
+                              cairo_restore(cr);
+                              return;
+                          }
+                          if (page) {
+                              // The page as it last looked.
+                              drawPicture(cr, *page, area, true, 1.0);
                               cairo_restore(cr);
                               return;
                           }
@@ -133,7 +146,7 @@ std::vector<Piece> webPieces(const Context& c, const Rect& area, double radius) 
                           cairo_stroke(cr);
                           cairo_restore(cr);
                       }});
-    if (placeholder) {
+    if (placeholder && !page) {
         const double fieldX = area.x + bar * 0.55 + bar * 0.13 * 10;
         const double fieldWidth = area.x + area.width - bar * 0.5 - fieldX;
         Font font{c.style.bodyFont, bar * 0.36 / (c.style.bodyFont.size * typeScale)};

@@ -38,6 +38,10 @@ struct SlidePaintOptions {
     std::vector<double> stepAppearance;
     // Off when a live page will be placed over the web area.
     bool drawWebPlaceholder = true;
+    // A picture of the slide's live page (PNG bytes) drawn in the web area
+    // instead of the placeholder: the presenter display shows the page as
+    // it last looked.
+    std::optional<SharedBytes> webPicture;
 
     // The editor's stage. Empty headings keep their lines and show their
     // placeholders in a faint colour, an empty image slide says how to add a

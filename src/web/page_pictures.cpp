@@ -14,9 +14,10 @@ namespace {
 
 using nlohmann::json;
 
-// A page picture is a screen's worth of pixels; anything much larger is
-// not one of ours.
+// A sidecar is a few lines of JSON, and a page picture a screen's worth of
+// pixels: anything much larger is not one of ours.
 constexpr std::uint64_t sidecarLimit = 64 * 1024;
+constexpr std::uint64_t pictureLimit = 64 * 1024 * 1024;
 
 std::string localText(std::int64_t time, const char* format) {
     GDateTime* moment = g_date_time_new_from_unix_local(time);
@@ -83,6 +84,20 @@ std::optional<PagePicture> PagePictures::find(const Uuid& slideId, const std::st
         return std::nullopt;
     }
     return picture;
+}
+
+std::optional<SharedBytes> PagePictures::bytes(const Uuid& slideId, const std::string& url) {
+    auto picture = find(slideId, url);
+    if (!picture) return std::nullopt;
+    auto known = read_.find(slideId);
+    if (known != read_.end() && known->second.url == url && known->second.takenAt == picture->takenAt) {
+        return known->second.png;
+    }
+    auto png = readRegularFile(picture->file, pictureLimit);
+    if (!png.ok()) return std::nullopt;
+    SharedBytes shared(std::move(*png));
+    read_[slideId] = {url, picture->takenAt, shared};
+    return shared;
 }
 
 void PagePictures::takeSoon(std::shared_ptr<WebPage> page, const Uuid& slideId, const std::string& url,

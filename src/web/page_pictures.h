@@ -5,10 +5,12 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <unordered_map>
 
 #include "base/scheduler.h"
 #include "base/signal.h"
 #include "base/worker.h"
+#include "model/shared_bytes.h"
 #include "model/uuid.h"
 #include "web/web_page.h"
 
@@ -45,6 +47,8 @@ public:
     // The picture of `slideId`, when there is one of `url` (a picture of
     // another address is none: the slide has moved on).
     std::optional<PagePicture> find(const Uuid& slideId, const std::string& url) const;
+    // The PNG bytes of that picture, read from disk once per picture taken.
+    std::optional<SharedBytes> bytes(const Uuid& slideId, const std::string& url);
 
     // Pictures `page` (which loaded the slide's `url`) a moment from now, if
     // it still shows the same page and is not loading then. The page is held
@@ -69,6 +73,12 @@ private:
     std::filesystem::path folder_;
     Worker& worker_;
     Signal<const Uuid&> saved_;
+    struct Read {
+        std::string url;
+        std::int64_t takenAt = 0;
+        SharedBytes png;
+    };
+    std::unordered_map<Uuid, Read> read_;
     std::shared_ptr<bool> alive_ = std::make_shared<bool>(true);
     std::shared_ptr<int> pending_ = std::make_shared<int>(0);
 };

@@ -271,7 +271,7 @@ TEST(SlidePainter, PicturesFitFillOrShowTheBrokenSymbol) {
     EXPECT_EQ(empty.count({W / 2 - 80, H / 2 - 80, 160, 160}, muted, 0.06), 0u);
 }
 
-TEST(SlidePainter, WebAreaIsAPlaceholderOrLeftForTheLivePage) {
+TEST(SlidePainter, WebAreaIsAPlaceholderThePagesPictureOrLeftForTheLivePage) {
     Slide slide = mediaSlide(SlideLayout::web, SlidePosition::right);
     SlidePaintOptions options;
     const Rect media = *SlidePainter::geometry(slide, options).mediaArea;
@@ -280,6 +280,9 @@ TEST(SlidePainter, WebAreaIsAPlaceholderOrLeftForTheLivePage) {
     const std::size_t pixels = static_cast<std::size_t>(inside.width * 2) * static_cast<std::size_t>(inside.height * 2);
     Drawn placeholder(slide, options);
     EXPECT_LT(placeholder.count(inside, background, 0.01), pixels * 9 / 10) << "a browser bar and a page outline";
+    // With a picture of the page, the page fills the area, cropped.
+    options.webPicture = pictureBytes(400, 300, 0x22AA55, "png");
+    EXPECT_GE(Drawn(slide, options).count(inside, pictureColour, 0.02), pixels - 8);
     options.drawWebPlaceholder = false;
     Drawn bare(slide, options);
     EXPECT_GE(bare.count(inside, background, 0.01), pixels - 8) << "only the media background under a live page";

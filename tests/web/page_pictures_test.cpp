@@ -46,6 +46,11 @@ TEST_F(PagePicturesTest, APictureIsFoundForItsOwnAddressOnlyAndDamageMeansNone) 
     EXPECT_EQ(found->takenAt, 200);
     EXPECT_FALSE(pictures.find(slide, "https://site.test/b")) << "the slide shows another address now";
     EXPECT_FALSE(pictures.find(Uuid::random(), "https://site.test/a"));
+    // Its bytes, for the presenter display, follow the picture taken last.
+    EXPECT_EQ(pictures.bytes(slide, "https://site.test/a")->view(), "second");
+    pictures.save(slide, "https://site.test/a", "newer", 250);
+    EXPECT_EQ(pictures.bytes(slide, "https://site.test/a")->view(), "newer");
+    EXPECT_FALSE(pictures.bytes(slide, "https://site.test/b"));
 
     const auto sidecar = pictures.folder() / (slide.string() + ".json");
     for (const char* damaged : {"{\"url\": \"https://site.test/a\"", "[]", "{\"url\": 3, \"takenAt\": 1}",

@@ -11,6 +11,7 @@
 #include "present/action_runner.h"
 #include "present/presenter_timer.h"
 #include "web/platform/web_card.h"
+#include "web/platform/web_services.h"
 
 namespace lectern {
 
@@ -164,6 +165,7 @@ PresenterPanel::PresenterPanel(DeckWindow& deckWindow)
     offlineCopy_.add_css_class("warning");
     content->append(offlineCopy_);
     copyConnection_ = deckWindow_.webCard().copyChanged().connect([this] { refreshOfflineCopy(); });
+    picturesConnection_ = WebServices::shared().pictures().saved().connect([this](const Uuid&) { refreshSlides(); });
     auto* notesSection = Gtk::make_managed<Gtk::Box>(Gtk::Orientation::VERTICAL, 6);
     notesSection->set_vexpand(true);
     notesSection->append(*sectionTitle(_("Notes")));
@@ -275,20 +277,33 @@ std::optional<std::int64_t> PresenterPanel::upcomingSlide(const std::vector<Slid
     return std::nullopt;
 }
 
-void PresenterPanel::refresh() {
+void PresenterPanel::refreshSlides() {
     const Deck& deck = deckWindow_.deck();
-    auto options = deckWindow_.paintOptions();
     const Slide* slide = state_.currentSlide(deck.slides);
     auto count = static_cast<std::int64_t>(deck.slides.size());
+    // A web slide shows its page as it last looked, when there is a picture.
+    auto options = [this](const Slide* shown) {
+        SlidePaintOptions options = deckWindow_.paintOptions();
+        if (shown && shown->layout == SlideLayout::web && shown->url) {
+            options.webPicture = WebServices::shared().pictures().bytes(shown->id, *shown->url);
+        }
+        return options;
+    };
 
-    current_.setSlide(slide, options);
+    current_.setSlide(slide, options(slide));
     currentCaption_.set_text(slide ? slideTitle(*slide) : _("No slide selected"));
     counter_.set_text(count == 0 ? "" : std::to_string(state_.current() + 1) + " / " + std::to_string(count));
 
     auto upcoming = upcomingSlide(deck.slides, state_.current(), state_.editorOpen());
     const Slide* nextSlide = upcoming ? &deck.slides[static_cast<std::size_t>(*upcoming)] : nullptr;
-    next_.setSlide(nextSlide, options);
+    next_.setSlide(nextSlide, options(nextSlide));
     nextCaption_.set_text(nextSlide ? slideTitle(*nextSlide) : _("End of Deck"));
+}
+
+void PresenterPanel::refresh() {
+    const Deck& deck = deckWindow_.deck();
+    const Slide* slide = state_.currentSlide(deck.slides);
+    refreshSlides();
 
     refreshOfflineCopy();
     refreshTimes();

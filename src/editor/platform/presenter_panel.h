@@ -64,6 +64,8 @@ public:
     const Gtk::Label& signInNote() const { return signInNote_; }
 
 private:
+    // The current and next slide, with their captions.
+    void refreshSlides();
     void refreshRunStates();
     void refreshTimes();
     void applyNotesPoints(int points);
@@ -107,6 +109,7 @@ private:
     Signal<PresentationField>::Connection stateConnection_;
     Signal<>::Connection runnerConnection_;
     Signal<>::Connection signInConnection_;
+    Signal<const Uuid&>::Connection picturesConnection_;
     Signal<PresentationField>::Connection timesConnection_;
     sigc::connection clockTimer_;
 };
