@@ -104,7 +104,8 @@ TEST_F(TwoScreensTest, TwoMonitorsPutTheStageOnOneAndThePresenterDisplayOnTheOth
 
 // The stage's monitor unplugged mid-talk: the talk goes on, full screen on
 // the monitor that is left, and the keys still move it; plugged in again,
-// the stage stays put until the presenter chooses.
+// the stage stays put until the presenter chooses. Then the presenter's
+// monitor goes and comes back.
 TEST_F(TwoScreensTest, UnpluggingTheProjectorMidTalkKeepsTheTalkGoing) {
     if (!twoScreensExpected()) GTEST_SKIP() << "runs on the two-screen display only";
     DeckWindow& window = openDeck();
@@ -112,11 +113,17 @@ TEST_F(TwoScreensTest, UnpluggingTheProjectorMidTalkKeepsTheTalkGoing) {
     present(window);
     const ScreenPlan plan = window.screenPlan();
     ASSERT_TRUE(pumpUntil([&] { return fullscreenOn(window, plan.stage); }));
-    const Screen projector = [&] {
+    auto screenNamed = [&](const std::string& connector) {
         for (const auto& screen : window.screens())
-            if (screen.connector == plan.stage) return screen;
+            if (screen.connector == connector) return screen;
         return Screen{};
-    }();
+    };
+    const Screen projector = screenNamed(plan.stage), laptop = screenNamed(plan.presenter);
+    auto plugIn = [](const Screen& screen) {
+        return testing::runProgram({"xrandr", "--output", screen.connector, "--mode",
+                                    std::to_string(screen.width) + "x" + std::to_string(screen.height), "--pos",
+                                    std::to_string(screen.x) + "x" + std::to_string(screen.y)});
+    };
 
     ASSERT_EQ(testing::runProgram({"xrandr", "--output", projector.connector, "--off"}), 0);
     EXPECT_TRUE(pumpUntil([&] { return window.screens().size() == 1; }));
@@ -130,10 +137,7 @@ TEST_F(TwoScreensTest, UnpluggingTheProjectorMidTalkKeepsTheTalkGoing) {
     EXPECT_TRUE(pumpUntil([&] { return window.state().current() == 1; }));
     testing::screenshot("two-screens-unplugged");
 
-    ASSERT_EQ(testing::runProgram({"xrandr", "--output", projector.connector, "--mode",
-                                   std::to_string(projector.width) + "x" + std::to_string(projector.height), "--pos",
-                                   std::to_string(projector.x) + "x" + std::to_string(projector.y)}),
-              0);
+    ASSERT_EQ(plugIn(projector), 0);
     EXPECT_TRUE(pumpUntil([&] { return window.screens().size() == 2; }));
     testing::pumpFor(0.5);
     EXPECT_TRUE(window.state().presenting());
@@ -144,6 +148,17 @@ TEST_F(TwoScreensTest, UnpluggingTheProjectorMidTalkKeepsTheTalkGoing) {
     EXPECT_TRUE(pumpUntil([&] { return fullscreenOn(window, projector.connector); }, 10))
         << "the stage is on " << monitorOf(window);
     EXPECT_TRUE(pumpUntil([&] { return window.presenterPanel()->is_fullscreen(); }));
+
+    // The presenter's own monitor unplugged: the stage stays on the
+    // projector and the presenter display goes over it as a window.
+    ASSERT_EQ(testing::runProgram({"xrandr", "--output", laptop.connector, "--off"}), 0);
+    EXPECT_TRUE(pumpUntil([&] { return window.screens().size() == 1; }));
+    EXPECT_TRUE(pumpUntil([&] { return !window.presenterPanel()->is_fullscreen(); }));
+    EXPECT_TRUE(pumpUntil([&] { return fullscreenOn(window, projector.connector); }));
+    EXPECT_TRUE(window.state().presenting());
+    ASSERT_EQ(plugIn(laptop), 0);
+    EXPECT_EQ(plugIn(projector), 0) << "back where it was, beside the laptop";
+    EXPECT_TRUE(pumpUntil([&] { return window.screens().size() == 2; }));
     stop(window);
 }
 
