@@ -11,6 +11,7 @@
 #include "app/platform/lectern_settings.h"
 #include "app/platform/soup_feed_fetcher.h"
 #include "base/install_layout.h"
+#include "base/platform/file_chooser.h"
 #include "base/translation.h"
 #include "present/platform/deck_commands.h"
 #include "editor/platform/deck_window.h"
@@ -354,7 +355,7 @@ void LecternApplication::showOpenDialog() {
                                                  _("_Open"), _("_Cancel"));
     openDialog_->set_modal(true);
     openDialog_->signal_response().connect([this](int response) {
-        auto dialog = std::exchange(openDialog_, {});
+        auto dialog = heldPastResponse(std::exchange(openDialog_, {}));
         if (response != Gtk::ResponseType::ACCEPT) return;
         if (auto file = dialog->get_file()) {
             std::string path = file->get_path();

@@ -9,6 +9,7 @@
 
 #include <glib/gi18n.h>
 
+#include "base/platform/file_chooser.h"
 #include "base/platform/accessible.h"
 #include "base/translation.h"
 #include "editor/platform/deck_window.h"
@@ -76,7 +77,7 @@ void DeckWindow::exportAsPdf() {
     filter->add_mime_type("application/pdf");
     exportDialog_->add_filter(filter);
     exportDialog_->signal_response().connect([this](int response) {
-        auto dialog = std::exchange(exportDialog_, {});
+        auto dialog = heldPastResponse(std::exchange(exportDialog_, {}));
         auto file = response == Gtk::ResponseType::ACCEPT ? dialog->get_file() : Glib::RefPtr<Gio::File>();
         if (!file || file->get_path().empty()) return;
         std::filesystem::path pdf = file->get_path();

@@ -6,6 +6,7 @@
 
 #include <glib/gi18n.h>
 
+#include "base/platform/file_chooser.h"
 #include "base/translation.h"
 #include "editor/deck_edits.h"
 #include "editor/navigator_rules.h"
@@ -55,7 +56,7 @@ void DeckWindow::askWhereToSave(std::function<void(bool saved)> then) {
     saveDialog_->set_current_name(package() ? package()->filename().string() : packageFileName(deck()));
     if (package()) saveDialog_->set_current_folder(Gio::File::create_for_path(package()->parent_path().string()));
     saveDialog_->signal_response().connect([this, then = std::move(then)](int response) {
-        auto dialog = std::exchange(saveDialog_, {});
+        auto dialog = heldPastResponse(std::exchange(saveDialog_, {}));
         auto file = response == Gtk::ResponseType::ACCEPT ? dialog->get_file() : Glib::RefPtr<Gio::File>();
         if (!file || file->get_path().empty()) {
             if (then) then(false);

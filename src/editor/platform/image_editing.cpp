@@ -8,6 +8,7 @@
 #include <algorithm>
 
 #include "base/platform/accessible.h"
+#include "base/platform/file_chooser.h"
 #include "editor/deck_edits.h"
 #include "slides/platform/stage_view.h"
 #include "slides/slide_pictures.h"
@@ -195,7 +196,7 @@ void ImageEditing::chooseFile() {
     for (const char* suffix : {"png", "jpg", "jpeg"}) filter->add_suffix(suffix);
     chooser_->add_filter(filter);
     chooser_->signal_response().connect([this](int response) {
-        auto dialog = std::exchange(chooser_, {});
+        auto dialog = heldPastResponse(std::exchange(chooser_, {}));
         if (response == Gtk::ResponseType::ACCEPT) {
             if (auto file = dialog->get_file()) importFile(file);
         }
