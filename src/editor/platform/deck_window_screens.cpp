@@ -85,6 +85,10 @@ void DeckWindow::buildScreenActions() {
 
     if (auto monitors = get_display()->get_monitors()) {
         monitorsConnection_ = monitors->signal_items_changed().connect([this](guint, guint, guint) {
+            // The window manager may take the stage out of full screen in
+            // the same batch of events: from now on that moves it, it does
+            // not end the talk.
+            if (state_->presenting()) settleScreens();
             // A change comes as removals and additions: acted on once, after.
             if (screensIdle_.connected()) return;
             screensIdle_ = Glib::signal_idle().connect([this] {
