@@ -176,7 +176,13 @@ void PresentingStage::refreshOverview() {
     // The grid makes a tile per slide: it follows the deck only while it is
     // shown (a move in a long deck would otherwise rebuild every tile).
     if (state_.overview()) {
-        if (overviewStale_) overview_->setDeck(editor_.deck(), paintOptions());
+        if (overviewStale_) {
+            // Web slides show their pages as they last looked.
+            overview_->setDeck(editor_.deck(), paintOptions(), [](const Slide& slide) -> std::optional<SharedBytes> {
+                if (!slide.url) return std::nullopt;
+                return WebServices::shared().pictures().bytes(slide.id, *slide.url);
+            });
+        }
         overviewStale_ = false;
         overview_->setCurrent(state_.current());
     }

@@ -91,11 +91,14 @@ std::string OverviewGrid::tileNumber(std::size_t index) {
     return text;
 }
 
-void OverviewGrid::setDeck(const Deck& deck, const SlidePaintOptions& options) {
+void OverviewGrid::setDeck(const Deck& deck, const SlidePaintOptions& options, const PageOf& pageOf) {
     for (auto* child : children_) flow_.remove(*child);
     children_.clear();
     for (std::size_t i = 0; i < deck.slides.size(); ++i) {
-        auto* tile = makeTile(i, deck.slides[i], options);
+        const Slide& slide = deck.slides[i];
+        SlidePaintOptions look = options;
+        if (pageOf && slide.layout == SlideLayout::web) look.webPicture = pageOf(slide);
+        auto* tile = makeTile(i, slide, look);
         flow_.append(*tile);
         children_.push_back(tile);
     }

@@ -3,6 +3,8 @@
 #include <gtkmm.h>
 
 #include <cstdint>
+#include <functional>
+#include <optional>
 #include <vector>
 
 #include "model/deck.h"
@@ -18,7 +20,9 @@ class OverviewGrid : public Gtk::ScrolledWindow {
 public:
     OverviewGrid();
 
-    void setDeck(const Deck& deck, const SlidePaintOptions& options);
+    // A picture of a web slide's page, to show instead of its placeholder.
+    using PageOf = std::function<std::optional<SharedBytes>(const Slide&)>;
+    void setDeck(const Deck& deck, const SlidePaintOptions& options, const PageOf& pageOf = {});
     // Marks the current slide's tile and scrolls it into view.
     void setCurrent(std::int64_t index);
     // Gives the keyboard focus to the current slide's tile.
