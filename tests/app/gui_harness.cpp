@@ -55,6 +55,8 @@ LecternApplication& app() {
         g_setenv("XDG_CACHE_HOME", (home / "cache").c_str(), true);
         // Recovery copies and the places decks were left at, too.
         g_setenv("XDG_STATE_HOME", (home / "state").c_str(), true);
+        // And the desktop's settings, such as which folder takes downloads.
+        g_setenv("XDG_CONFIG_HOME", (home / "config").c_str(), true);
         g_setenv("WEBKIT_DISABLE_COMPOSITING_MODE", "1", true);
         auto created = LecternApplication::create(Gio::Application::Flags::NON_UNIQUE, &preferences());
         created->register_application();
