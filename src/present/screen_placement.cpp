@@ -57,7 +57,9 @@ ScreenPlan ScreenPlacement::afterChange(const ScreenPlan& current, const std::ve
     if (screens.size() < 2) return {};
     std::string own = home(screens, deckWindow);
     if (connected(screens, chosen) && current.stage != chosen) return withPresenter(screens, own, chosen);
-    if (current.stage.empty()) return {};  // a new monitor that was not chosen is left alone
+    // A talk on one monitor that gets another (plugged in mid-talk, or back
+    // after a loose cable) is placed as Present would place it now.
+    if (current.stage.empty()) return start(screens, own, chosen);
     if (connected(screens, current.stage)) {
         // The stage stays; the presenter display keeps its monitor if it
         // still has one, else takes another.

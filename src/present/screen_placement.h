@@ -40,10 +40,11 @@ public:
                             const std::string& chosen);
     // Monitors came or went while presenting under `current`. The stage
     // stays where it is unless its monitor went (it moves to a remaining
-    // one) or the chosen monitor came (it moves there; any other monitor
-    // coming leaves a talk on one monitor as it is); the presenter display
-    // is full screen only while it and the stage have a monitor each.
-    // Presenting never stops here.
+    // one), the chosen monitor came (it moves there), or the talk was on
+    // one monitor and now has two (placed as at the start: a projector
+    // plugged in mid-talk, or back after a loose cable, takes the stage);
+    // the presenter display is full screen only while it and the stage
+    // have a monitor each. Presenting never stops here.
     static ScreenPlan afterChange(const ScreenPlan& current, const std::vector<Screen>& screens,
                                   const std::string& deckWindow, const std::string& chosen);
 };

@@ -38,11 +38,14 @@ TEST(ScreenPlacement, UnpluggingMovesTheStageToAMonitorThatIsLeft) {
               (ScreenPlan{"HDMI-1", "DP-2"}));
 }
 
-TEST(ScreenPlacement, PluggingInMovesTheStageOnlyToTheChosenMonitor) {
-    EXPECT_EQ(ScreenPlacement::afterChange(ScreenPlan{}, {laptop, projector}, "eDP-1", ""), ScreenPlan{})
-        << "a talk on one monitor stays there when any monitor comes";
+TEST(ScreenPlacement, PluggingInGivesATalkOnOneMonitorItsProjector) {
+    EXPECT_EQ(ScreenPlacement::afterChange(ScreenPlan{}, {laptop, projector}, "eDP-1", ""),
+              (ScreenPlan{"HDMI-1", "eDP-1"}))
+        << "a talk on one monitor that gets a second is placed as Present would";
     EXPECT_EQ(ScreenPlacement::afterChange(ScreenPlan{}, {laptop, projector}, "eDP-1", "HDMI-1"),
               (ScreenPlan{"HDMI-1", "eDP-1"}));
+    // A talk on two monitors keeps its stage when a third comes, unless
+    // that one is chosen.
     const ScreenPlan onTv{"DP-2", "eDP-1"};
     EXPECT_EQ(ScreenPlacement::afterChange(onTv, {laptop, tv, projector}, "eDP-1", ""), onTv);
     EXPECT_EQ(ScreenPlacement::afterChange(onTv, {laptop, tv, projector}, "eDP-1", "HDMI-1"),
