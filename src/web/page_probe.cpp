@@ -64,19 +64,38 @@ void PageProbe::checkForSignInForm() {
             probe->finish(WebCheckOutcome::ok());
         }
     });
+    askForForm(0);
+}
+
+void PageProbe::askForForm(double askedAt) {
+    std::weak_ptr<PageProbe> weak = weak_from_this();
     // The page may answer at once; whoever is told may drop the probe.
     auto self = shared_from_this();
-    askForSignInForm(*page_, [weak](bool showsForm) {
+    askForSignInForm(*page_, [weak, askedAt](std::optional<bool> showsForm) {
         auto probe = weak.lock();
-        if (!probe) return;
-        probe->finish(showsForm ? WebCheckOutcome::redirected(_(signInFormNote)) : WebCheckOutcome::ok());
+        if (!probe || probe->isFinished()) return;
+        if (showsForm == true) {
+            probe->finish(WebCheckOutcome::redirected(_(signInFormNote)));
+        } else if (!showsForm || askedAt + formRetrySeconds > formSettleSeconds) {
+            // A script that failed says nothing about the page: no form seen.
+            probe->finish(WebCheckOutcome::ok());
+        } else if (!probe->retry_) {
+            probe->retry_ = probe->scheduler_.after(formRetrySeconds, [weak, askedAt] {
+                if (auto again = weak.lock()) {
+                    again->retry_ = 0;
+                    if (again->page_ && !again->isFinished()) again->askForForm(askedAt + formRetrySeconds);
+                }
+            });
+        }
     });
 }
 
-void PageProbe::askForSignInForm(LiveWebView& page, std::function<void(bool)> answer) {
+void PageProbe::askForSignInForm(LiveWebView& page, std::function<void(std::optional<bool>)> answer) {
     auto reply = [answer = std::move(answer)](Result<std::optional<std::string>> result) {
-        // A script that failed says nothing about the page: no form seen.
-        answer(result.ok() && *result == std::optional<std::string>("true"));
+        const std::optional<std::string> said = result.ok() ? *result : std::nullopt;
+        if (said == "true") answer(true);
+        else if (said == "false") answer(false);
+        else answer(std::nullopt);
     };
     page.evaluateAsyncFunction(signInFormScript, std::move(reply));
 }
@@ -118,6 +137,7 @@ void PageProbe::finish(WebCheckOutcome outcome) {
 
 void PageProbe::release() {
     if (timer_) scheduler_.cancel(std::exchange(timer_, 0));
+    if (retry_) scheduler_.cancel(std::exchange(retry_, 0));
     if (auto page = std::move(page_)) {
         page->setDelegate(nullptr);
         page->stopLoading();

@@ -25,6 +25,12 @@ public:
     // How long the page may take to answer whether it shows a sign-in form;
     // no answer in time counts as none.
     static constexpr double formCheckSeconds = 2;
+    // A page that draws its form with scripts after it loaded (an app that
+    // asks its server who is signed in first) shows it late: a page without
+    // a form is asked again every `formRetrySeconds` until
+    // `formSettleSeconds` after its load.
+    static constexpr double formRetrySeconds = 0.5;
+    static constexpr double formSettleSeconds = 1.5;
     // Run in the loaded page's main frame: "true" when it shows a password
     // field that is rendered (a box of its own, not hidden by itself or an
     // ancestor), "false" otherwise.
@@ -42,9 +48,10 @@ return false;
     using Done = std::function<void(WebCheckOutcome)>;
 
     // Runs signInFormScript in `page` and answers whether it shows a
-    // sign-in form; a script that fails answers no. The answer may come
-    // before this returns, or never (a page that goes away).
-    static void askForSignInForm(LiveWebView& page, std::function<void(bool)> answer);
+    // sign-in form: true or false as the page said, none when it could not
+    // say (the script failed). The answer may come before this returns, or
+    // never (a page that goes away).
+    static void askForSignInForm(LiveWebView& page, std::function<void(std::optional<bool>)> answer);
 
     // Makes the page and starts loading `url`. `done` may be called before
     // this returns (a page that fails at once) and never after cancel().
@@ -91,7 +98,10 @@ private:
     Done done_;
     std::shared_ptr<WebPage> page_;
     std::function<void(const std::shared_ptr<WebPage>&)> loadedWell_;
+    void askForForm(double askedAt);
+
     Scheduler::TimerId timer_ = 0;
+    Scheduler::TimerId retry_ = 0;
     bool checkingForm_ = false;  // the load is over; only the form check's answer counts
 };
 

@@ -97,8 +97,19 @@ void WebPaneController::checkForSignInForm() {
         setShowsSignInForm(false);  // a sign-in page is expected to show its form
         return;
     }
-    PageProbe::askForSignInForm(*page_, [this, alive = alive_, load](bool shows) {
-        if (*alive && load == loads_) setShowsSignInForm(shows);
+    askForSignInForm(load, 0);
+}
+
+void WebPaneController::askForSignInForm(unsigned load, double askedAt) {
+    PageProbe::askForSignInForm(*page_, [this, alive = alive_, load, askedAt](std::optional<bool> shows) {
+        if (!*alive || load != loads_) return;
+        setShowsSignInForm(shows == true);
+        // A form that scripts draw after the load shows late: a page that
+        // said it has none is asked again for a moment, as the check does.
+        if (shows != false || askedAt + PageProbe::formRetrySeconds > PageProbe::formSettleSeconds) return;
+        scheduler_.after(PageProbe::formRetrySeconds, [this, alive, load, askedAt] {
+            if (*alive && load == loads_) askForSignInForm(load, askedAt + PageProbe::formRetrySeconds);
+        });
     });
 }
 

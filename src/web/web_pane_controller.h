@@ -65,6 +65,8 @@ private:
     void postStatus(WebLoadStatus status);
     void registerPage();
     void checkForSignInForm();
+    // Asks the page of load number `load`, `askedAt` seconds after it loaded.
+    void askForSignInForm(unsigned load, double askedAt);
     void setShowsSignInForm(bool shows);
 
     void loadFinished() override;

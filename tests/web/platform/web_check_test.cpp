@@ -103,6 +103,15 @@ protected:
                           "<input name=user><input type=password name=password><button>Sign in</button></form>";
             return answer;
         });
+        // An app that asks its server who is signed in before it draws
+        // anything: its form comes after the load.
+        server.route("/spa", [](const LocalServer::Request&) {
+            LocalServer::Answer answer;
+            answer.body = "<!doctype html><title>Admin</title><div id=app></div><script>"
+                          "setTimeout(() => { document.getElementById('app').innerHTML ="
+                          " '<form><input name=user><input type=password></form>'; }, 600);</script>";
+            return answer;
+        });
         server.route("/settings", [](const LocalServer::Request&) {
             LocalServer::Answer answer;
             answer.body = "<!doctype html><title>Settings</title><h1>Settings</h1>"
@@ -159,12 +168,14 @@ TEST_F(WebCheckTest, RealAnswersBecomeOutcomes) {
 
 TEST_F(WebCheckTest, APasswordFieldOnShowIsASignInForm) {
     Deck deck;
-    deck.slides = {webSlide("Console", server.url("/console")), webSlide("Settings", server.url("/settings"))};
+    deck.slides = {webSlide("Console", server.url("/console")), webSlide("Settings", server.url("/settings")),
+                   webSlide("Admin", server.url("/spa"))};
     WebSlideChecker checker(pages, scheduler);
     checker.run(deck);
     ASSERT_TRUE(iterateUntil([&] { return !checker.isRunning(); }, 30000));
     EXPECT_EQ(checker.entries()[0].outcome, WebCheckOutcome::redirected("Shows a sign-in form"));
     EXPECT_EQ(checker.entries()[1].outcome, WebCheckOutcome::ok());
+    EXPECT_EQ(checker.entries()[2].outcome, WebCheckOutcome::redirected("Shows a sign-in form")) << "drawn late";
 }
 
 TEST_F(WebCheckTest, PagesThatLoadWellLeaveAPictureOfTheStageSize) {
