@@ -96,6 +96,8 @@ std::optional<SharedBytes> PagePictures::bytes(const Uuid& slideId, const std::s
     auto png = readRegularFile(picture->file, pictureLimit);
     if (!png.ok()) return std::nullopt;
     SharedBytes shared(std::move(*png));
+    // Kept for the few slides on show; a long deck's overview starts over.
+    if (read_.size() >= 32) read_.clear();
     read_[slideId] = {url, picture->takenAt, shared};
     return shared;
 }
