@@ -62,7 +62,9 @@ void PagePictures::save(const Uuid& slideId, const std::string& url, std::string
             *written = replaceFileAtomically(picture, png, 0600).ok() && replaceFileAtomically(sidecar, about, 0600).ok();
         },
         [this, alive = alive_, slideId, written, pending = std::move(pending)] {
-            if (*alive && *written) saved_.emit(slideId);
+            if (!*alive || !*written) return;
+            read_.erase(slideId);
+            saved_.emit(slideId);
         });
 }
 
@@ -87,18 +89,17 @@ std::optional<PagePicture> PagePictures::find(const Uuid& slideId, const std::st
 }
 
 std::optional<SharedBytes> PagePictures::bytes(const Uuid& slideId, const std::string& url) {
+    // Read from disk once: a picture saved here since replaces the entry.
+    auto known = read_.find(slideId);
+    if (known != read_.end() && known->second.url == url) return known->second.png;
     auto picture = find(slideId, url);
     if (!picture) return std::nullopt;
-    auto known = read_.find(slideId);
-    if (known != read_.end() && known->second.url == url && known->second.takenAt == picture->takenAt) {
-        return known->second.png;
-    }
     auto png = readRegularFile(picture->file, pictureLimit);
     if (!png.ok()) return std::nullopt;
     SharedBytes shared(std::move(*png));
     // Kept for the few slides on show; a long deck's overview starts over.
     if (read_.size() >= 32) read_.clear();
-    read_[slideId] = {url, picture->takenAt, shared};
+    read_[slideId] = {url, shared};
     return shared;
 }
 

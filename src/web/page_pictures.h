@@ -47,7 +47,7 @@ public:
     // The picture of `slideId`, when there is one of `url` (a picture of
     // another address is none: the slide has moved on).
     std::optional<PagePicture> find(const Uuid& slideId, const std::string& url) const;
-    // The PNG bytes of that picture, read from disk once per picture taken.
+    // The PNG bytes of that picture, read from disk once per picture saved.
     std::optional<SharedBytes> bytes(const Uuid& slideId, const std::string& url);
 
     // Pictures `page` (which loaded the slide's `url`) a moment from now, if
@@ -75,7 +75,6 @@ private:
     Signal<const Uuid&> saved_;
     struct Read {
         std::string url;
-        std::int64_t takenAt = 0;
         SharedBytes png;
     };
     std::unordered_map<Uuid, Read> read_;

@@ -40,6 +40,17 @@ std::vector<Slide> slides(std::size_t count) {
     return out;
 }
 
+// A one-slide deck with one demo action, "Received", made elsewhere.
+Deck deckWithAction(bool autoRun) {
+    Deck deck;
+    deck.slides = slides(1);
+    SlideAction action;
+    action.name = "Received";
+    action.autoRun = autoRun;
+    deck.slides[0].actions = {action};
+    return deck;
+}
+
 Slide revealing(std::size_t steps) {
     Slide slide = Slide::make(SlideLayout::regular);
     slide.reveal = RevealMode::reveal;
@@ -229,12 +240,7 @@ TEST(PresentationStateTimer, TicksWhileRunningAndStopsWithTheState) {
 
 TEST(PresentationStateTrust, ConsentThenAutomaticRuns) {
     Fixture f;
-    Deck deck;
-    deck.slides = slides(1);
-    SlideAction action;
-    action.name = "Received";
-    action.autoRun = true;
-    deck.slides[0].actions = {action};
+    Deck deck = deckWithAction(true);
 
     f.state.togglePresenting();
     f.state.leftEditor(deck);
@@ -256,11 +262,8 @@ TEST(PresentationStateTrust, ConsentThenAutomaticRuns) {
 
 TEST(PresentationStateTrust, DecliningHoldsUntilAManualRun) {
     Fixture f;
-    Deck deck;
-    deck.slides = slides(1);
-    SlideAction action;
-    action.name = "Received";
-    deck.slides[0].actions = {action};
+    Deck deck = deckWithAction(false);
+    const SlideAction& action = deck.slides[0].actions[0];
     f.state.togglePresenting();
     f.state.leftEditor(deck);
     f.state.declineAwaitingActions();
@@ -279,12 +282,7 @@ TEST(PresentationStateTrust, PresentingAsksFirstAndStartsOnceAnswered) {
         Fixture f;
         Window window;
         f.state.setWindow(&window);
-        Deck deck;
-        deck.slides = slides(1);
-        SlideAction action;
-        action.name = "Received";
-        action.autoRun = true;
-        deck.slides[0].actions = {action};
+        Deck deck = deckWithAction(true);
 
         // The question comes while the editor is still on screen.
         f.state.togglePresentingAsking(deck);
