@@ -103,6 +103,11 @@ std::optional<SharedBytes> PagePictures::bytes(const Uuid& slideId, const std::s
     return shared;
 }
 
+std::optional<SharedBytes> PagePictures::pageOf(const Slide& slide) {
+    if (slide.layout != SlideLayout::web || !slide.url) return std::nullopt;
+    return bytes(slide.id, *slide.url);
+}
+
 void PagePictures::takeSoon(std::shared_ptr<WebPage> page, const Uuid& slideId, const std::string& url,
                             Scheduler& scheduler) {
     // The page may have gone on (a redirect): what it shows now is what counts.

@@ -11,6 +11,7 @@
 #include "base/signal.h"
 #include "base/worker.h"
 #include "model/shared_bytes.h"
+#include "model/slide.h"
 #include "model/uuid.h"
 #include "web/web_page.h"
 
@@ -49,6 +50,8 @@ public:
     std::optional<PagePicture> find(const Uuid& slideId, const std::string& url) const;
     // The PNG bytes of that picture, read from disk once per picture saved.
     std::optional<SharedBytes> bytes(const Uuid& slideId, const std::string& url);
+    // Those of a web slide's page; none for other slides.
+    std::optional<SharedBytes> pageOf(const Slide& slide);
 
     // Pictures `page` (which loaded the slide's `url`) a moment from now, if
     // it still shows the same page and is not loading then. The page is held

@@ -284,9 +284,7 @@ void PresenterPanel::refreshSlides() {
     // A web slide shows its page as it last looked, when there is a picture.
     auto options = [this](const Slide* shown) {
         SlidePaintOptions options = deckWindow_.paintOptions();
-        if (shown && shown->layout == SlideLayout::web && shown->url) {
-            options.webPicture = WebServices::shared().pictures().bytes(shown->id, *shown->url);
-        }
+        if (shown) options.webPicture = WebServices::shared().pictures().pageOf(*shown);
         return options;
     };
 

@@ -178,10 +178,8 @@ void PresentingStage::refreshOverview() {
     if (state_.overview()) {
         if (overviewStale_) {
             // Web slides show their pages as they last looked.
-            overview_->setDeck(editor_.deck(), paintOptions(), [](const Slide& slide) -> std::optional<SharedBytes> {
-                if (!slide.url) return std::nullopt;
-                return WebServices::shared().pictures().bytes(slide.id, *slide.url);
-            });
+            overview_->setDeck(editor_.deck(), paintOptions(),
+                               [](const Slide& slide) { return WebServices::shared().pictures().pageOf(slide); });
         }
         overviewStale_ = false;
         overview_->setCurrent(state_.current());

@@ -97,7 +97,7 @@ void OverviewGrid::setDeck(const Deck& deck, const SlidePaintOptions& options, c
     for (std::size_t i = 0; i < deck.slides.size(); ++i) {
         const Slide& slide = deck.slides[i];
         SlidePaintOptions look = options;
-        if (pageOf && slide.layout == SlideLayout::web) look.webPicture = pageOf(slide);
+        if (pageOf) look.webPicture = pageOf(slide);
         auto* tile = makeTile(i, slide, look);
         flow_.append(*tile);
         children_.push_back(tile);
