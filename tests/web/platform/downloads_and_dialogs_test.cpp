@@ -8,6 +8,7 @@
 #include <fstream>
 
 #include "support/platform/local_server.h"
+#include "support/platform/page_outcome.h"
 #include "support/temp_dir.h"
 #include "web/platform/web_downloads.h"
 #include "web/platform/web_sessions.h"
@@ -19,22 +20,8 @@ namespace {
 using testing::iterateFor;
 using testing::iterateUntil;
 using testing::LocalServer;
+using Outcome = testing::PageOutcome;
 using testing::TempDir;
-
-class Outcome : public WebPageDelegate {
-public:
-    explicit Outcome(WebPage& page) : page_(page) { page_.setDelegate(this); }
-    ~Outcome() override { page_.setDelegate(nullptr); }
-    void loadFinished() override { ++finished; }
-    void loadFailed(const std::string& message, bool cancelled) override {
-        if (!cancelled) failures.push_back(message);
-    }
-    int finished = 0;
-    std::vector<std::string> failures;
-
-private:
-    WebPage& page_;
-};
 
 std::string contentsOf(const std::filesystem::path& file) {
     std::ifstream in(file, std::ios::binary);

@@ -10,6 +10,7 @@
 
 #include "base/glib_scheduler.h"
 #include "support/platform/local_server.h"
+#include "support/platform/page_outcome.h"
 #include "support/temp_dir.h"
 #include "web/page_probe.h"
 #include "web/platform/web_sessions.h"
@@ -21,25 +22,8 @@ namespace {
 using testing::iterateFor;
 using testing::iterateUntil;
 using testing::LocalServer;
+using Outcome = testing::PageOutcome;
 using testing::TempDir;
-
-// What a page's owner hears.
-class Outcome : public WebPageDelegate {
-public:
-    explicit Outcome(WebPage& page) : page_(page) { page_.setDelegate(this); }
-    ~Outcome() override { page_.setDelegate(nullptr); }
-    void loadFinished() override { ++finished; }
-    // As a slide's pane does: the new window's page loads in this view.
-    void newWindowRequested(const std::string& url) override { page_.load(url); }
-    void loadFailed(const std::string& message, bool cancelled) override {
-        if (!cancelled) failures.push_back(message);
-    }
-    int finished = 0;
-    std::vector<std::string> failures;
-
-private:
-    WebPage& page_;
-};
 
 class HostilePagesTest : public ::testing::Test {
 protected:
