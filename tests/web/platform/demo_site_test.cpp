@@ -18,6 +18,8 @@
 #include "present/action_runner.h"
 #include "present/platform/soup_http_transport.h"
 #include "support/platform/local_server.h"
+#include "support/platform/page_outcome.h"
+#include "web/platform/webkit_page.h"
 
 namespace lectern {
 namespace {
@@ -375,43 +377,21 @@ TEST(DemoSite, DeckActionsChangeTheLivePage) {
     const auto equals = cookie.find('=');
     ASSERT_NE(equals, std::string::npos);
 
-    WebKitNetworkSession* session = webkit_network_session_new_ephemeral();
-    auto* view = WEBKIT_WEB_VIEW(g_object_ref_sink(g_object_new(WEBKIT_TYPE_WEB_VIEW, "network-session", session, nullptr)));
-    int loads = 0;
-    g_signal_connect(view, "load-changed", G_CALLBACK(+[](WebKitWebView*, WebKitLoadEvent event, gpointer loads) {
-                         if (event == WEBKIT_LOAD_FINISHED) ++*static_cast<int*>(loads);
-                     }),
-                     &loads);
-    auto evaluate = [view](const std::string& body) -> std::string {
-        struct Call {
-            std::string text;
-            bool done = false;
-        } call;
-        webkit_web_view_call_async_javascript_function(
-            view, body.c_str(), -1, nullptr, nullptr, nullptr, nullptr,
-            [](GObject* source, GAsyncResult* result, gpointer data) {
-                auto* call = static_cast<Call*>(data);
-                GError* error = nullptr;
-                JSCValue* value = webkit_web_view_call_async_javascript_function_finish(WEBKIT_WEB_VIEW(source), result, &error);
-                if (value) {
-                    char* text = jsc_value_to_string(value);
-                    call->text = text;
-                    g_free(text);
-                    g_object_unref(value);
-                } else {
-                    call->text = std::string("error: ") + error->message;
-                    g_error_free(error);
-                }
-                call->done = true;
-            },
-            &call);
-        EXPECT_TRUE(iterateUntil([&] { return call.done; }, 10000)) << body;
-        if (!call.done) iterateUntil([&] { return call.done; }, 5000);
-        return call.text;
+    std::unique_ptr<WebKitNetworkSession, void (*)(gpointer)> session(webkit_network_session_new_ephemeral(),
+                                                                       g_object_unref);
+    auto page = std::make_unique<WebKitPage>(session.get());
+    testing::PageOutcome outcome(*page);
+    auto evaluate = [&](const std::string& body) {
+        std::optional<std::string> value;
+        page->evaluateAsyncFunction(body, [&](Result<std::optional<std::string>> result) {
+            value = result.ok() ? result->value_or("") : "error: " + result.error().message;
+        });
+        EXPECT_TRUE(iterateUntil([&] { return value.has_value(); }, 10000)) << body;
+        return value.value_or("");
     };
 
-    webkit_web_view_load_uri(view, site.url("/").c_str());
-    ASSERT_TRUE(iterateUntil([&] { return loads == 1; }, 20000)) << "the dashboard did not load";
+    page->load(site.url("/"));
+    ASSERT_TRUE(iterateUntil([&] { return outcome.finished == 1; }, 20000)) << "the dashboard did not load";
 
     SlideAction request = deckAction(*deck, "Create an order", port);
     ASSERT_TRUE(request.request.useProfileCookies);
@@ -429,8 +409,8 @@ TEST(DemoSite, DeckActionsChangeTheLivePage) {
     const std::string orderId = answer["order"]["id"];
 
     if (request.reloadsLiveView) {
-        webkit_web_view_reload(view);
-        ASSERT_TRUE(iterateUntil([&] { return loads == 2; }, 20000));
+        page->reload();
+        ASSERT_TRUE(iterateUntil([&] { return outcome.finished == 2; }, 20000));
     }
     SlideAction script = deckAction(*deck, "Spotlight the newest order", port);
     EXPECT_EQ(evaluate(script.script), "Spotlight on order " + orderId + " for Mara Lind");
@@ -438,9 +418,6 @@ TEST(DemoSite, DeckActionsChangeTheLivePage) {
     EXPECT_EQ(evaluate("return document.querySelector('#orders tr.spotlight')?.cells[0].textContent"), orderId);
     EXPECT_EQ(evaluate("return document.querySelectorAll('#orders tbody tr').length"),
               std::to_string(client.get(site.url("/api/orders")).data()["orders"].size()));
-
-    g_object_unref(view);
-    g_object_unref(session);
 }
 
 }  // namespace
